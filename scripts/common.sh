@@ -1,0 +1,66 @@
+# Sourced by the project's scripts: where things are, how Wine is reached, how messages look.
+# Defines functions and variables only; runs nothing, so that sourcing it costs nothing.
+# shellcheck shell=bash
+
+KELVARO_ROOT="$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)"
+export KELVARO_ROOT
+
+# Progress goes to stdout, one line per step; failures are one line on stderr.
+say() {
+    printf '%s\n' "-- $*"
+}
+
+fail() {
+    printf '%s\n' "$(basename "$0"): $*" >&2
+    exit 1
+}
+
+# Prints the path of Wine's 64-bit loader. Debian's `wine` wrapper complains about a missing 32-bit Wine,
+# so the loader itself is preferred.
+findWine() {
+    local candidate
+    for candidate in /usr/lib/wine/wine64 wine64 wine; do
+        if command -v "$candidate"; then
+            return 0
+        fi
+    done
+    return 1
+}
+
+# Prints the path of the server that belongs to the loader found above. Debian's wine64 package has no
+# `wineserver` on the PATH, only beside the loader.
+findWineserver() {
+    local candidate
+    for candidate in /usr/lib/wine/wineserver64 /usr/lib/wine/wineserver wineserver64 wineserver; do
+        if command -v "$candidate"; then
+            return 0
+        fi
+    done
+    return 1
+}
+
+# Sets the environment that every Wine process of the project runs in. What the caller has set stays:
+# WINEPREFIX, WINEDEBUG, and WINEDLLOVERRIDES in front of our own entries.
+setWineEnvironment() {
+    export WINEPREFIX="${WINEPREFIX:-$KELVARO_ROOT/out/wineprefix}"
+    export WINEDEBUG="${WINEDEBUG:--all}"
+    export WINEARCH=win64
+    # Without menu entries, .NET and the HTML engine a new prefix is made quickly and asks nothing.
+    local ours='winemenubuilder.exe=;mscoree=;mshtml='
+    case "${WINEDLLOVERRIDES:-}" in
+        *"$ours"*) ;;
+        *) export WINEDLLOVERRIDES="${WINEDLLOVERRIDES:+$WINEDLLOVERRIDES;}$ours" ;;
+    esac
+}
+
+# The text that a prepared prefix carries in its stamp file; it changes whenever the script that prepares
+# prefixes changes.
+wantedPrefixStamp() {
+    cksum <"$KELVARO_ROOT/scripts/wine_prefix.sh"
+}
+
+# True when WINEPREFIX was prepared by the present wine_prefix.sh.
+prefixIsCurrent() {
+    local stamp="$WINEPREFIX/kelvaro-prefix.stamp"
+    [[ -f "$stamp" && "$(<"$stamp")" == "$(wantedPrefixStamp)" ]]
+}
