@@ -1,0 +1,12 @@
+# GoogleTest is built from Debian's source package for the target at hand: the packaged library is native only.
+set(KELVARO_GOOGLETEST_SOURCES "/usr/src/googletest" CACHE PATH "GoogleTest source folder")
+set(INSTALL_GTEST OFF CACHE BOOL "" FORCE)
+set(BUILD_GMOCK ON CACHE BOOL "" FORCE)
+set(gtest_disable_pthreads OFF CACHE BOOL "" FORCE)
+add_subdirectory(${KELVARO_GOOGLETEST_SOURCES} ${CMAKE_BINARY_DIR}/googletest EXCLUDE_FROM_ALL SYSTEM)
+foreach(target gtest gtest_main gmock gmock_main)
+    if(NOT TARGET GTest::${target})
+        add_library(GTest::${target} ALIAS ${target})
+    endif()
+endforeach()
+include(GoogleTest)

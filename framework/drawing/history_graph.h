@@ -1,0 +1,41 @@
+#pragma once
+
+#include <windows.h>
+
+#include <gdiplus.h>
+
+#include <cstdint>
+#include <list>
+#include <string>
+
+namespace Panelix {
+
+/// One history graph on a page: a plot 100 pixels high, one pixel per percent, with a bar at its right.
+struct HistoryGraph {
+    std::wstring label;
+    /// Brushes and pen are borrowed; a null one makes GDI+ record a failure and draw nothing.
+    const Gdiplus::Brush* labelBrush;
+    const Gdiplus::Brush* areaBrush;
+    const Gdiplus::Brush* barBrush;
+    const Gdiplus::Pen* linePen;
+    /// Top-left corner of the plot.
+    int x;
+    int y;
+    /// Width of the plot in pixels, which is also the number of samples kept.
+    int width;
+    int barGap;
+    int barWidth;
+    /// Current reading and bar in percent. Values outside 0 to 100 draw outside the plot.
+    int value;
+    int barValue;
+};
+
+/// Draws `graph` on `target` with the samples of `history` (newest first, owned by the caller). With `record`
+/// the current value is added first. At most one sample is dropped per call when there are more than fit.
+/// Failures stay in target's last status.
+void drawHistoryGraph(Gdiplus::Graphics& target,
+                      const HistoryGraph& graph,
+                      std::list<std::int32_t>& history,
+                      bool record);
+
+}  // namespace Panelix
