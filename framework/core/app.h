@@ -73,9 +73,8 @@ public:
     static App* current();
 
 private:
-    enum class PassResult { GoOn, End };
-
-    PassResult runPass();
+    /// False: the program ends.
+    bool runPass();
     bool pumpMessages();
     bool updatePages();
     void composeFrame();
@@ -84,16 +83,18 @@ private:
     const LcdButtons& buttons() const;
 
     bool resetPacing_ = false;
+    /// Before all that uses COM, and so ended behind it.
     ComApartment com_;
+    HINSTANCE instance_;
+    std::uint64_t framePeriodMs_;
+    std::wstring name_;
+    /// Null in desktop mode.
     std::unique_ptr<LcdDevice> lcd_;
     /// What pages read in desktop mode: no button is ever pressed there.
     const LcdButtons desktopButtons_{};
-    HINSTANCE instance_;
-    std::unique_ptr<Canvas> canvas_;
-    std::uint64_t framePeriodMs_;
+    /// Null in LCD mode.
     std::unique_ptr<PreviewWindow> previewWindow_;
-    std::wstring name_;
-    LPCWSTR icon_;
+    std::unique_ptr<Canvas> canvas_;
     PreciseSleeper sleeper_;
 
     Page* mainPage_ = nullptr;

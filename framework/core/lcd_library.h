@@ -5,7 +5,7 @@
 namespace Panelix {
 
 /// Finds the LCD vendor's library through its registration, loads it, looks its entries up and announces the
-/// applet under `friendlyName` for LCDs of `lcdType` (LOGI_LCD_TYPE_...). False when any of that fails. One
+/// applet under `friendlyName` for LCDs of `lcdType` (LcdSdk::kType...). False when any of that fails. One
 /// call per process; the library is never unloaded, because its own threads may still run.
 bool LoadLcdLibrary(const wchar_t* friendlyName, int lcdType);
 

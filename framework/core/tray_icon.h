@@ -15,14 +15,19 @@ inline constexpr UINT kTrayIconMessage = WM_APP;
 /// Main thread only.
 class TrayIcon {
 public:
-    /// Adds the icon `icon` (a resource of `instance`) with the tip `tip`, cut to 127 characters, for
-    /// `window`.
+    /// Adds the icon `icon` (a resource of `instance`; a name is borrowed for as long as this object lives)
+    /// with the tip `tip`, cut to 127 characters, for `window`.
     void add(HINSTANCE instance, LPCWSTR icon, HWND window, const std::wstring& tip);
+
+    /// Adds the icon of the last add() again, to a notification area that was started anew.
+    void restore();
 
     /// Removes the icon.
     void remove();
 
 private:
+    HINSTANCE instance_ = nullptr;
+    LPCWSTR icon_ = nullptr;
     NOTIFYICONDATAW data_{};
 };
 

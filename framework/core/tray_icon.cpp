@@ -1,0 +1,72 @@
+#include "framework/core/tray_icon.h"
+
+#include <shlwapi.h>
+
+#include <algorithm>
+#include <cstddef>
+#include <cstdint>
+#include <iterator>
+
+#include "framework/core/tray_record.h"
+#include "framework/core/unique_resource.h"
+
+namespace Panelix {
+
+namespace {
+
+constexpr UINT kTrayIconId = 1;
+
+static_assert(sizeof(NOTIFYICONDATAW) == kTrayRecordBytes);
+static_assert(offsetof(NOTIFYICONDATAW, guidItem) == kOldTrayRecordBytes);
+static_assert(std::size(NOTIFYICONDATAW{}.szTip) == 128);
+
+// Packed version of the shell's library, 0 when it cannot be had.
+std::uint64_t shellVersion() {
+    const UniqueModule shell{LoadLibraryW(L"Shell32.dll")};
+    if (!shell) {
+        return 0;
+    }
+    void* const entry = reinterpret_cast<void*>(GetProcAddress(shell.get(), "DllGetVersion"));
+    if (entry == nullptr) {
+        return 0;
+    }
+    DLLVERSIONINFO info{};
+    info.cbSize = sizeof(info);
+    if (FAILED(reinterpret_cast<DLLGETVERSIONPROC>(entry)(&info))) {
+        return 0;
+    }
+    return packVersion(info.dwMajorVersion, info.dwMinorVersion);
+}
+
+}  // namespace
+
+void TrayIcon::add(HINSTANCE instance, LPCWSTR icon, HWND window, const std::wstring& tip) {
+    instance_ = instance;
+    icon_ = icon;
+    data_ = {};
+    data_.cbSize = trayRecordBytes(shellVersion());
+    data_.uID = kTrayIconId;
+    data_.hWnd = window;
+    data_.uCallbackMessage = kTrayIconMessage;
+    // The rest of the zero-filled field ends the text.
+    std::copy_n(tip.data(), std::min(tip.size(), std::size(data_.szTip) - 1), data_.szTip);
+    restore();
+}
+
+void TrayIcon::restore() {
+    data_.uFlags = NIF_MESSAGE | NIF_ICON | NIF_TIP;
+    data_.hIcon = static_cast<HICON>(LoadImageW(
+        instance_, icon_, IMAGE_ICON, GetSystemMetrics(SM_CXSMICON), GetSystemMetrics(SM_CYSMICON), 0));
+    Shell_NotifyIconW(NIM_ADD, &data_);
+    // The shell keeps a copy of its own.
+    if (DestroyIcon(data_.hIcon) != FALSE) {
+        data_.hIcon = nullptr;
+    }
+}
+
+void TrayIcon::remove() {
+    data_.uFlags = 0;
+    Shell_NotifyIconW(NIM_DELETE, &data_);
+}
+
+}  // namespace Panelix
