@@ -1,0 +1,49 @@
+#include "app/kelvaro.h"
+
+#include <string>
+#include <utility>
+
+#include "app/about_text.h"
+#include "app/resource_ids.h"
+#include "app/settings_dialog.h"
+#include "framework/core/command_codes.h"
+#include "pages/audio_device_page.h"
+#include "pages/main_page.h"
+#include "pages/options_page.h"
+
+namespace {
+
+constexpr wchar_t kName[] = L"Kelvaro";
+
+/// Duration of a pass, in milliseconds: about 15 frames a second.
+constexpr std::uint64_t kFramePeriodMs = 66;
+
+}  // namespace
+
+Kelvaro::Kelvaro(HINSTANCE instance)
+    : App(instance, kName, MAKEINTRESOURCEW(IDI_KELVARO), kFramePeriodMs),
+      sampler_(std::make_unique<SystemInfo>()) {
+    auto audioDevicePage = std::make_unique<AudioDevicePage>(this, sampler());
+    auto mainPage = std::make_unique<MainPage>(this, sampler(), audioDevicePage.get());
+    SetMainPage(std::move(mainPage));
+    AddPage(std::move(audioDevicePage), false);
+    AddPage(std::make_unique<OptionsPage>(this), false);
+}
+
+void Kelvaro::HandleCommand(std::uint32_t command) {
+    switch (command) {
+        case Panelix::kCommandAbout:
+            showAbout();
+            break;
+        case Panelix::kCommandSettings:
+            showSettingsDialog(instance());
+            break;
+        default:
+            break;
+    }
+}
+
+void Kelvaro::showAbout() const {
+    const std::wstring caption = L"About " + name();
+    MessageBoxW(window(), kAboutText, caption.c_str(), MB_ICONINFORMATION);
+}

@@ -1,0 +1,29 @@
+#pragma once
+
+#include <windows.h>
+
+#include <cstdint>
+#include <memory>
+
+#include "framework/core/app.h"
+#include "stats/system_info.h"
+
+/// The application: the sampler, the three pages and the answers to About and Settings.
+class Kelvaro : public Panelix::App {
+public:
+    /// Throws what the framework, the sampler and the pages throw; nothing is left behind then.
+    explicit Kelvaro(HINSTANCE instance);
+
+    /// About: a box with the preview window as its owner, if there is one. Settings: the settings dialog.
+    /// Both are modal; other codes do nothing.
+    void HandleCommand(std::uint32_t command) override;
+
+    /// What the pages read; owned by the application.
+    SystemInfo* sampler() const { return sampler_.get(); }
+
+private:
+    void showAbout() const;
+
+    /// Gone before the base ends the pages, which only borrow it.
+    std::unique_ptr<SystemInfo> sampler_;
+};
