@@ -19,10 +19,17 @@ Panelix::UniqueHkey createKey(HKEY root, const std::wstring& path) {
     return key;
 }
 
+/// A key of this process's own. What an earlier process of the same id left there when it crashed goes first.
+std::wstring freshPath() {
+    const std::wstring path = L"Software\\KelvaroTest" + std::to_wstring(GetCurrentProcessId());
+    RegDeleteTreeW(HKEY_CURRENT_USER, path.c_str());
+    return path;
+}
+
 }  // namespace
 
 RegistryOverride::RegistryOverride()
-    : path_(L"Software\\KelvaroTest" + std::to_wstring(GetCurrentProcessId())),
+    : path_(freshPath()),
       user_(createKey(HKEY_CURRENT_USER, path_ + L"\\User")),
       machine_(createKey(HKEY_CURRENT_USER, path_ + L"\\Machine")) {
     EXPECT_EQ(RegOverridePredefKey(HKEY_LOCAL_MACHINE, machine_.get()), ERROR_SUCCESS);
