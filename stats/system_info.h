@@ -61,6 +61,9 @@ public:
 private:
     friend class AudioDeviceCallback;
 
+    /// Writes one endpoint's fields of the snapshot. Any thread.
+    void storeLevels(AudioEndpoint endpoint, const EndpointLevels& levels) noexcept;
+
     GUID eventContext_{};
     Microsoft::WRL::ComPtr<IMMDeviceEnumerator> deviceEnumerator_;
     Microsoft::WRL::ComPtr<IMMDevice> speakerDevice_;

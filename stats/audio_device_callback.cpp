@@ -1,0 +1,90 @@
+#include "stats/audio_device_callback.h"
+
+#include "stats/system_info.h"
+#include "stats/volume_percent.h"
+
+namespace {
+
+class ExclusiveLock {
+public:
+    explicit ExclusiveLock(SRWLOCK& lock) noexcept : lock_(lock) { AcquireSRWLockExclusive(&lock_); }
+    ~ExclusiveLock() { ReleaseSRWLockExclusive(&lock_); }
+    ExclusiveLock(const ExclusiveLock&) = delete;
+    ExclusiveLock& operator=(const ExclusiveLock&) = delete;
+
+private:
+    SRWLOCK& lock_;
+};
+
+// The record ends with its last channel: what a channel beyond it would read belongs to somebody else.
+float channelVolume(const AUDIO_VOLUME_NOTIFICATION_DATA& data, UINT channel) noexcept {
+    const float* const volumes = data.afChannelVolumes;
+    return channel < data.nChannels ? volumes[channel] : 0.0F;
+}
+
+}  // namespace
+
+Microsoft::WRL::ComPtr<AudioDeviceCallback> AudioDeviceCallback::create(SystemInfo& owner,
+                                                                        AudioEndpoint endpoint) {
+    Microsoft::WRL::ComPtr<AudioDeviceCallback> callback;
+    callback.Attach(new AudioDeviceCallback(owner, endpoint));
+    return callback;
+}
+
+AudioDeviceCallback::AudioDeviceCallback(SystemInfo& owner, AudioEndpoint endpoint) noexcept
+    : endpoint_(endpoint),
+      owner_(&owner) {}
+
+void AudioDeviceCallback::detach() noexcept {
+    const ExclusiveLock lock(lock_);
+    owner_ = nullptr;
+}
+
+void AudioDeviceCallback::adoptReading(const EndpointLevels& reading) noexcept {
+    const ExclusiveLock lock(lock_);
+    if (owner_ != nullptr && !noticeTaken_) {
+        owner_->storeLevels(endpoint_, reading);
+    }
+}
+
+HRESULT STDMETHODCALLTYPE AudioDeviceCallback::QueryInterface(REFIID iid, void** out) noexcept {
+    if (out == nullptr) {
+        return E_POINTER;
+    }
+    if (iid != __uuidof(IUnknown) && iid != __uuidof(IAudioEndpointVolumeCallback)) {
+        *out = nullptr;
+        return E_NOINTERFACE;
+    }
+    AddRef();
+    *out = static_cast<IAudioEndpointVolumeCallback*>(this);
+    return S_OK;
+}
+
+ULONG STDMETHODCALLTYPE AudioDeviceCallback::AddRef() noexcept {
+    return static_cast<ULONG>(refCount_.fetch_add(1) + 1);
+}
+
+ULONG STDMETHODCALLTYPE AudioDeviceCallback::Release() noexcept {
+    const std::int32_t count = refCount_.fetch_sub(1) - 1;
+    if (count == 0) {
+        delete this;
+    }
+    return static_cast<ULONG>(count);
+}
+
+HRESULT STDMETHODCALLTYPE AudioDeviceCallback::OnNotify(AUDIO_VOLUME_NOTIFICATION_DATA* data) noexcept {
+    if (data == nullptr) {
+        return E_INVALIDARG;
+    }
+    const EndpointLevels levels{roundedPercent(channelVolume(*data, 0)),
+                                roundedPercent(channelVolume(*data, 1)),
+                                roundedPercent(data->fMasterVolume),
+                                data->bMuted != FALSE};
+    const ExclusiveLock lock(lock_);
+    if (owner_ == nullptr || data->guidEventContext == owner_->eventContext_) {
+        return S_OK;
+    }
+    owner_->storeLevels(endpoint_, levels);
+    noticeTaken_ = true;
+    return S_OK;
+}

@@ -1,0 +1,64 @@
+#pragma once
+
+#include <windows.h>
+
+#include <endpointvolume.h>
+#include <wrl/client.h>
+
+#include <atomic>
+#include <cstdint>
+
+class SystemInfo;
+
+/// The endpoint that a callback watches.
+enum class AudioEndpoint { Speaker, Microphone };
+
+/// Volumes in percent and mute state of an endpoint. Of a microphone only the mute state counts.
+struct EndpointLevels {
+    std::int32_t left = 0;
+    std::int32_t right = 0;
+    std::int32_t master = 0;
+    bool muted = false;
+};
+
+/// Takes the volume notifications of one endpoint over into the sampler's snapshot. Reference-counted: Core
+/// Audio keeps its own reference for as long as it may call, also beyond the end of the registration.
+///
+/// Which endpoint it watches is fixed when it is made, so that notifications never look at the sampler's
+/// interface pointers, which the main thread changes. detach() ends its effect: a notice of an endpoint that
+/// is no longer bound changes nothing, and does not touch the sampler.
+class AudioDeviceCallback final : public IAudioEndpointVolumeCallback {
+public:
+    /// `owner` must live until detach().
+    static Microsoft::WRL::ComPtr<AudioDeviceCallback> create(SystemInfo& owner, AudioEndpoint endpoint);
+
+    AudioDeviceCallback(const AudioDeviceCallback&) = delete;
+    AudioDeviceCallback& operator=(const AudioDeviceCallback&) = delete;
+
+    /// Waits until no notice is being taken over; those that come later are ignored. Main thread.
+    void detach() noexcept;
+
+    /// Takes over what was read from the endpoint after registering, unless a notice has come since: what the
+    /// notice said is the newer. Main thread.
+    void adoptReading(const EndpointLevels& reading) noexcept;
+
+    HRESULT STDMETHODCALLTYPE QueryInterface(REFIID iid, void** out) noexcept override;
+    ULONG STDMETHODCALLTYPE AddRef() noexcept override;
+    ULONG STDMETHODCALLTYPE Release() noexcept override;
+
+    /// Any thread. Rounds to the nearest percent. A channel that the notice does not have counts as 0.
+    HRESULT STDMETHODCALLTYPE OnNotify(AUDIO_VOLUME_NOTIFICATION_DATA* data) noexcept override;
+
+private:
+    AudioDeviceCallback(SystemInfo& owner, AudioEndpoint endpoint) noexcept;
+    ~AudioDeviceCallback() = default;
+
+    const AudioEndpoint endpoint_;
+    std::atomic<std::int32_t> refCount_{1};
+    /// Guards the members below and the stores into the snapshot. Held for these stores only, never during a
+    /// call into Core Audio.
+    SRWLOCK lock_ = SRWLOCK_INIT;
+    /// Null after detach().
+    SystemInfo* owner_;
+    bool noticeTaken_ = false;
+};
