@@ -1,0 +1,30 @@
+#pragma once
+
+#include <windows.h>
+
+#include <chrono>
+#include <optional>
+#include <string>
+
+#include "framework/core/unique_resource.h"
+
+/// A program that a test started. It is ended by force when the test is over before it.
+class ChildProcess {
+public:
+    /// Starts `path` with `arguments` behind it on the command line. Fails the test when that does not work.
+    explicit ChildProcess(const std::wstring& path, const std::wstring& arguments = {});
+    ~ChildProcess();
+    ChildProcess(const ChildProcess&) = delete;
+    ChildProcess& operator=(const ChildProcess&) = delete;
+
+    DWORD id() const { return id_; }
+
+    bool isRunning() const;
+
+    /// Waits for the end; nothing when the time is over first.
+    std::optional<DWORD> waitForExit(std::chrono::milliseconds timeout = std::chrono::seconds(20)) const;
+
+private:
+    Panelix::UniqueHandle process_;
+    DWORD id_ = 0;
+};
