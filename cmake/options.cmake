@@ -35,6 +35,12 @@ if(WIN32)
     target_link_options(kelvaro_options INTERFACE -static)
 endif()
 
+# Tests name files by full path. Under Wine, drive Z: is the root of the file system.
+set(KELVARO_PATH_PREFIX "")
+if(CMAKE_CROSSCOMPILING)
+    set(KELVARO_PATH_PREFIX "Z:")
+endif()
+
 if(KELVARO_SANITIZE)
     set(sanitize -fsanitize=address,undefined -fno-sanitize-recover=all -fno-omit-frame-pointer)
     target_compile_options(kelvaro_options INTERFACE ${sanitize})
