@@ -181,6 +181,18 @@ KeyboardState VirtualG19::state() const noexcept {
     return record().state.load(std::memory_order_acquire);
 }
 
+bool VirtualG19::programIsRunning() const noexcept {
+    if (state() != KeyboardState::Running) {
+        return false;
+    }
+    const Panelix::UniqueHandle process(OpenProcess(SYNCHRONIZE, FALSE, processId()));
+    if (!process) {
+        // There is no such process any more; any other refusal means that there is one.
+        return GetLastError() != ERROR_INVALID_PARAMETER;
+    }
+    return WaitForSingleObject(process.get(), 0) == WAIT_TIMEOUT;
+}
+
 std::uint32_t VirtualG19::processId() const noexcept {
     return record().processId.load(std::memory_order_acquire);
 }

@@ -96,6 +96,9 @@ public:
     // What happened.
 
     KeyboardState state() const noexcept;
+    /// True while the state is Running and the process that is using the library exists: a program that was
+    /// ended by force does not call LogiLcdShutdown.
+    bool programIsRunning() const noexcept;
     /// Id of the process that called LogiLcdInit last, 0 before the first call.
     std::uint32_t processId() const noexcept;
     LcdInitRecord initRecord() const;
