@@ -1,5 +1,6 @@
 #include "app/settings_dialog.h"
 
+#include <algorithm>
 #include <array>
 #include <cstdint>
 #include <exception>
@@ -14,6 +15,10 @@ namespace {
 /// Characters that are read from the delay box, the terminator included: longer delays than 999 seconds
 /// cannot be asked for.
 constexpr int kDelayTextSize = 4;
+
+/// Messages that the default procedure sees to completely. The dialog manager would do each of them once
+/// more: a second move loop keeps the dialog at the mouse after the button was let go.
+constexpr std::array<UINT, 4> kComplete = {WM_NCLBUTTONDOWN, WM_NCRBUTTONUP, WM_CONTEXTMENU, WM_SYSCOMMAND};
 
 void showSettings(HWND dialog) {
     bool autostart = false;
@@ -40,6 +45,16 @@ void save(HWND dialog) {
     EndDialog(dialog, 0);
 }
 
+/// The dialog manager takes a message's result from the window, not from the procedure's return value.
+/// Without it, hit tests, deactivation and the caption's text would all be answered with 0: the dialog could
+/// not be dragged, closed or read by name.
+INT_PTR defaultResult(HWND dialog, UINT message, WPARAM wParam, LPARAM lParam) {
+    const LRESULT result = DefWindowProcW(dialog, message, wParam, lParam);
+    SetWindowLongPtrW(dialog, DWLP_MSGRESULT, result);
+    const bool complete = std::find(kComplete.begin(), kComplete.end(), message) != kComplete.end();
+    return complete ? TRUE : result;
+}
+
 INT_PTR handleMessage(HWND dialog, UINT message, WPARAM wParam, LPARAM lParam) {
     if (message == WM_COMMAND && LOWORD(wParam) == IDC_SAVE) {
         save(dialog);
@@ -52,7 +67,7 @@ INT_PTR handleMessage(HWND dialog, UINT message, WPARAM wParam, LPARAM lParam) {
     if (message == WM_INITDIALOG) {
         showSettings(dialog);
     }
-    return DefWindowProcW(dialog, message, wParam, lParam);
+    return defaultResult(dialog, message, wParam, lParam);
 }
 
 INT_PTR CALLBACK dialogProcedure(HWND dialog, UINT message, WPARAM wParam, LPARAM lParam) noexcept {
