@@ -2,15 +2,20 @@
 
 #include <windows.h>
 
-#include <cstddef>
 #include <cstdint>
-#include <memory>
+#include <vector>
+
+#include "stats/cpu_load_average.h"
 
 /// CPU load of the whole machine, averaged over the last five samples. Its sampling state is one per process,
 /// shared by every meter. Main thread only.
 class CpuLoadMeter {
 public:
     CpuLoadMeter();
+    /// Takes the time source from these modules: "GetSystemTimes" of `kernel32`, or else
+    /// "NtQuerySystemInformation" of `ntdll`. Either may be null; without any source the load reads 0. Both
+    /// must stay loaded as long as the meter lives.
+    CpuLoadMeter(HMODULE kernel32, HMODULE ntdll);
     CpuLoadMeter(const CpuLoadMeter&) = delete;
     CpuLoadMeter& operator=(const CpuLoadMeter&) = delete;
 
@@ -25,9 +30,12 @@ private:
                                                       ULONG length,
                                                       PULONG returned);
 
+    void prepareProcessorBuffer();
+    CpuTimes readSystemTimes();
+    CpuTimes readProcessorTimes();
+
     GetSystemTimesFunction* getSystemTimes_ = nullptr;
     QuerySystemInformationFunction* querySystemInformation_ = nullptr;
-    /// Per-processor records of querySystemInformation_; unused while getSystemTimes_ is there.
-    std::unique_ptr<std::byte[]> processorBuffer_;
-    ULONG processorBufferSize_ = 0;
+    /// For querySystemInformation_; empty while getSystemTimes_ is there.
+    std::vector<ProcessorPerformanceRecord> processorBuffer_;
 };

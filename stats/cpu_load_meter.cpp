@@ -1,0 +1,98 @@
+#include "stats/cpu_load_meter.h"
+
+#include <algorithm>
+
+namespace {
+
+constexpr ULONG kProcessorPerformanceInformation = 8;
+
+struct SamplingState {
+    std::uint32_t lastTickMs = 0;
+    std::int32_t lastResult = 0;
+    CpuLoadAverage average;
+};
+
+// One per process: a second meter goes on where the first one is.
+SamplingState samplingState;
+
+template <typename Function>
+Function* functionOf(HMODULE module, const char* name) {
+    if (module == nullptr) {
+        return nullptr;
+    }
+    return reinterpret_cast<Function*>(reinterpret_cast<void*>(GetProcAddress(module, name)));
+}
+
+std::int64_t ticksOf(const FILETIME& time) {
+    return static_cast<std::int64_t>(static_cast<std::uint64_t>(time.dwHighDateTime) << 32 |
+                                     time.dwLowDateTime);
+}
+
+}  // namespace
+
+CpuLoadMeter::CpuLoadMeter()
+    : CpuLoadMeter(GetModuleHandleW(L"kernel32.dll"), GetModuleHandleW(L"ntdll.dll")) {}
+
+CpuLoadMeter::CpuLoadMeter(HMODULE kernel32, HMODULE ntdll)
+    : getSystemTimes_(functionOf<GetSystemTimesFunction>(kernel32, "GetSystemTimes")) {
+    if (getSystemTimes_ == nullptr) {
+        querySystemInformation_ =
+            functionOf<QuerySystemInformationFunction>(ntdll, "NtQuerySystemInformation");
+        prepareProcessorBuffer();
+    }
+    samplingState.lastTickMs = GetTickCount();
+}
+
+void CpuLoadMeter::prepareProcessorBuffer() {
+    if (querySystemInformation_ == nullptr) {
+        return;
+    }
+    ULONG size = 0;
+    querySystemInformation_(kProcessorPerformanceInformation, nullptr, 0, &size);
+    processorBuffer_.resize(size / sizeof(ProcessorPerformanceRecord));
+}
+
+CpuTimes CpuLoadMeter::readSystemTimes() {
+    if (getSystemTimes_ == nullptr) {
+        return readProcessorTimes();
+    }
+    FILETIME idle{};
+    FILETIME kernel{};
+    FILETIME user{};
+    getSystemTimes_(&idle, &kernel, &user);
+    return {ticksOf(idle), ticksOf(kernel), ticksOf(user)};
+}
+
+CpuTimes CpuLoadMeter::readProcessorTimes() {
+    if (processorBuffer_.empty()) {
+        return {};
+    }
+    const auto size = static_cast<ULONG>(processorBuffer_.size() * sizeof(ProcessorPerformanceRecord));
+    ULONG returned = size;
+    if (querySystemInformation_(kProcessorPerformanceInformation, processorBuffer_.data(), size, &returned) !=
+        0) {
+        return {};
+    }
+    // The answer is never trusted beyond the buffer.
+    const std::size_t count =
+        std::min<std::size_t>(returned / sizeof(ProcessorPerformanceRecord), processorBuffer_.size());
+    return averageCpuTimes({processorBuffer_.data(), count});
+}
+
+std::uint16_t CpuLoadMeter::sample() {
+    SamplingState& state = samplingState;
+    if (cpuSampleIsDue(GetTickCount(), state.lastTickMs)) {
+        FILETIME now{};
+        GetSystemTimeAsFileTime(&now);
+        FILETIME created{};
+        FILETIME ended{};
+        FILETIME processKernel{};
+        FILETIME processUser{};
+        const CpuTimes system = readSystemTimes();
+        GetProcessTimes(GetCurrentProcess(), &created, &ended, &processKernel, &processUser);
+        state.lastResult =
+            state.average.add({ticksOf(now), system, ticksOf(processKernel), ticksOf(processUser)});
+        state.lastTickMs = GetTickCount();
+    }
+    return static_cast<std::uint16_t>(state.lastResult);
+}
