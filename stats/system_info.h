@@ -16,7 +16,7 @@
 #include "framework/drawing/rate_updater.h"
 #include "stats/audio_device_callback.h"
 #include "stats/audio_device_entry.h"
-#include "stats/core_temp_source.h"
+#include "stats/core_temp_library.h"
 #include "stats/cpu_load_meter.h"
 #include "stats/gpu_vendor.h"
 
@@ -48,7 +48,8 @@ public:
     /// no row is.
     void listDevices(std::vector<AudioDeviceEntry>& list, std::uint32_t& defaultIndex);
 
-    /// Makes the device with this id (not null) the default one and binds it.
+    /// Makes the device with this id the default one, then binds whichever is. An id that is null or empty
+    /// names no device.
     void setDefaultDevice(const wchar_t* id);
 
     /// Sets a channel of the speaker (0 left, 1 right) to a volume in percent, clamped to 0 to 100. The
@@ -60,6 +61,9 @@ public:
 
 private:
     friend class AudioDeviceCallback;
+
+    void sampleCoreTemp();
+    void sampleUnreadMail();
 
     /// Writes one endpoint's fields of the snapshot. Any thread.
     void storeLevels(AudioEndpoint endpoint, const EndpointLevels& levels) noexcept;
@@ -74,7 +78,8 @@ private:
     Microsoft::WRL::ComPtr<AudioDeviceCallback> microphoneCallback_;
     std::unique_ptr<CpuLoadMeter> cpuMeter_;
     std::unique_ptr<GpuVendor> gpu_;
-    CoreTempSource coreTemp_;
+    /// Null: Core Temp's shared memory is read instead. Looked for once, at construction.
+    std::unique_ptr<const CoreTempLibrary> coreTempLibrary_;
 
 public:
     /// Local calendar time of the last dateTimeText().
@@ -83,6 +88,10 @@ public:
 private:
     /// Updates since the last mail query.
     std::int32_t mailPollCounter_ = 0;
+    /// Part of the record's layout; nothing reads it.
+    [[maybe_unused]] std::int32_t mailPollSpare_ = 3;
+    /// Updates between two mail queries.
+    std::int32_t mailPollLimit_ = 10;
 
 public:
     /// Percent.
