@@ -1,0 +1,39 @@
+# Sourced after common.sh: configures and builds a preset of CMakePresets.json.
+# shellcheck shell=bash
+
+# buildPreset PRESET [TARGET...]: all targets when none is named. Quick when nothing has changed.
+buildPreset() {
+    local preset="$1" folder="$KELVARO_ROOT/out/build/$1"
+    shift
+    configurePreset "$preset" "$folder"
+    say "Building preset $preset"
+    if [[ -n "$*" ]]; then
+        set -- --target "$@"
+    fi
+    cmake --build "$folder" "$@" || fail "the build of preset $preset failed"
+}
+
+# Once configured, Ninja itself sees when a CMakeLists.txt has changed, but not when the presets have.
+configurePreset() {
+    local preset="$1" folder="$2" fresh=()
+    if [[ -f "$folder/build.ninja" && ! "$KELVARO_ROOT/CMakePresets.json" -nt "$folder/build.ninja" ]] &&
+        configuredHere "$folder"; then
+        return
+    fi
+    say "Configuring preset $preset"
+    if [[ -f "$folder/CMakeCache.txt" ]] && ! configuredHere "$folder"; then
+        fresh=(--fresh)
+    fi
+    mkdir -p "$folder"
+    (cd "$KELVARO_ROOT" && cmake "${fresh[@]}" --preset "$preset" >"$folder/configure.log" 2>&1) || {
+        cat "$folder/configure.log" >&2
+        fail "preset $preset cannot be configured"
+    }
+    # A configuration without changes leaves the file alone, and would be made again at each start.
+    touch "$folder/build.ninja"
+}
+
+# False when the checkout was moved or copied together with its build folder: CMake refuses such a cache.
+configuredHere() {
+    grep -qxF "CMAKE_HOME_DIRECTORY:INTERNAL=$KELVARO_ROOT" "$1/CMakeCache.txt" 2>/dev/null
+}
