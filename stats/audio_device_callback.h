@@ -21,6 +21,10 @@ struct EndpointLevels {
     bool muted = false;
 };
 
+// COM's interfaces have no virtual destructor: it would take slots of the method table.
+#pragma GCC diagnostic push
+#pragma GCC diagnostic ignored "-Wnon-virtual-dtor"
+
 /// Takes the volume notifications of one endpoint over into the sampler's snapshot. Reference-counted: Core
 /// Audio keeps its own reference for as long as it may call, also beyond the end of the registration.
 ///
@@ -62,3 +66,5 @@ private:
     SystemInfo* owner_;
     bool noticeTaken_ = false;
 };
+
+#pragma GCC diagnostic pop

@@ -13,10 +13,11 @@ namespace PolicyConfigAbi {
 inline constexpr CLSID kClass = {
     0x294935CE, 0xF637, 0x4E7C, {0xA4, 0x1B, 0xAB, 0x25, 0x54, 0x60, 0xB8, 0x62}};
 
-/// Slots of the method table, IUnknown's three included.
-inline constexpr unsigned kSlotsBeforeSetDefaultEndpoint = 12;
-
 }  // namespace PolicyConfigAbi
+
+// COM's interfaces have no virtual destructor: it would take slots of the method table.
+#pragma GCC diagnostic push
+#pragma GCC diagnostic ignored "-Wnon-virtual-dtor"
 
 /// Only SetDefaultEndpoint is called. The methods before it keep its place in the table; their parameters are
 /// left out, so they must never be called.
@@ -34,5 +35,7 @@ struct IPolicyConfig : public IUnknown {
     virtual HRESULT STDMETHODCALLTYPE SetDefaultEndpoint(const wchar_t* deviceId, ERole role) = 0;
     virtual HRESULT STDMETHODCALLTYPE SetEndpointVisibility() = 0;
 };
+
+#pragma GCC diagnostic pop
 
 __CRT_UUID_DECL(IPolicyConfig, 0x568B9108, 0x44BF, 0x40B4, 0x90, 0x06, 0x86, 0xAF, 0xE5, 0xB5, 0xA6, 0x20)

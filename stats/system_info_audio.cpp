@@ -2,7 +2,6 @@
 
 #include <windows.h>
 
-#include <functiondiscoverykeys_devpkey.h>
 #include <propidl.h>
 
 #include <cwchar>
@@ -20,6 +19,9 @@ using Microsoft::WRL::ComPtr;
 
 constexpr unsigned kLeftChannel = 0;
 constexpr unsigned kRightChannel = 1;
+// Device's friendly name; the SDK declares the key, but no library of MinGW's defines it.
+constexpr PROPERTYKEY kFriendlyNameKey{
+    {0xA45C254E, 0xDF1C, 0x4EFD, {0x80, 0x20, 0x67, 0xD1, 0x46, 0xA8, 0x50, 0xE0}}, 14};
 
 struct CoTaskMemDeleter {
     void operator()(void* memory) const noexcept { CoTaskMemFree(memory); }
@@ -133,7 +135,7 @@ std::wstring friendlyName(IMMDevice& device) {
     device.OpenPropertyStore(STGM_READ, &store);
     PropertyValue name;
     if (store != nullptr) {
-        store->GetValue(PKEY_Device_FriendlyName, name.put());
+        store->GetValue(kFriendlyNameKey, name.put());
     }
     return name.text();
 }
@@ -148,6 +150,9 @@ ComPtr<IMMDeviceCollection> activeSpeakers(IMMDeviceEnumerator* enumerator) {
 
 // A system without the policy-configuration class keeps its default device.
 void makeDefault(const wchar_t* id) {
+    if (id == nullptr || *id == L'\0') {
+        return;
+    }
     ComPtr<IPolicyConfig> policy;
     CoCreateInstance(PolicyConfigAbi::kClass, nullptr, CLSCTX_ALL, IID_PPV_ARGS(&policy));
     if (policy != nullptr) {
