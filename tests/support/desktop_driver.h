@@ -1,0 +1,108 @@
+#pragma once
+
+#include <windows.h>
+
+#include <chrono>
+#include <cstddef>
+#include <cstdint>
+#include <functional>
+#include <string>
+#include <vector>
+
+// A user's eyes and hands for tests: finds windows of this or of another process, reads what they show, and
+// operates them through window messages and the mouse. Nothing here depends on the windows' own code.
+
+/// Asks until `condition` holds; false when the time is over first.
+bool waitFor(const std::function<bool()>& condition,
+             std::chrono::milliseconds timeout = std::chrono::seconds(10));
+
+/// First top-level window of a process with this class and, unless null, this title; hidden ones included.
+/// Null when there is none.
+HWND findWindow(DWORD processId, const wchar_t* className, const wchar_t* title = nullptr);
+
+/// The same for a window that is visible, waiting for it. Null when the time is over.
+HWND waitForVisibleWindow(DWORD processId,
+                          const wchar_t* className,
+                          const wchar_t* title = nullptr,
+                          std::chrono::milliseconds timeout = std::chrono::seconds(10));
+
+/// Waits until a window is no more; false when the time is over.
+bool waitUntilGone(HWND window);
+
+/// Empty when the window does not answer.
+std::wstring textOf(HWND window);
+std::wstring classOf(HWND window);
+std::uint32_t styleOf(HWND window);
+std::uint32_t extendedStyleOf(HWND window);
+/// Outer rectangle in screen pixels.
+RECT rectOf(HWND window);
+
+/// A direct child of a window.
+struct Control {
+    HWND window;
+    int id;
+    std::wstring className;
+    std::wstring text;
+    std::uint32_t style;
+    /// Pixels of the parent's client area.
+    RECT rect;
+};
+
+/// In the order of the dialog's template, which is that of the Tab key.
+std::vector<Control> controlsOf(HWND parent);
+
+/// The control with the keyboard focus of the window's thread, 0 when there is none.
+int focusedControl(HWND dialog);
+
+/// Posts what a press of a button sends.
+void pressButton(HWND dialog, int id);
+/// Posts a press and a release of a key to what has the focus of the window's thread.
+void pressKey(HWND window, WPARAM virtualKey);
+void typeText(HWND dialog, int id, const std::wstring& text);
+
+/// What a message box shows.
+struct MessageBoxFacts {
+    HWND window;
+    HWND owner;
+    std::wstring caption;
+    std::wstring text;
+    std::vector<int> buttons;
+};
+
+/// Waits for a message box of a process; a null window when none came.
+MessageBoxFacts waitForMessageBox(DWORD processId);
+
+/// Posts the notice of the notification area that opens the menu and waits for it; null when none came.
+HWND openTrayMenu(HWND window, UINT mouseMessage = WM_RBUTTONDOWN);
+/// The open popup menu of a process, or null.
+HWND openMenu(DWORD processId);
+/// Chooses the item at this position of the open menu, from 0, by arrow keys and Return. `owner` is the
+/// window that the menu belongs to. False when the menu stays open.
+bool chooseMenuItem(HWND owner, std::size_t position);
+/// Closes the open menu without a choice.
+bool dismissMenu(HWND owner);
+
+struct MenuItem {
+    std::wstring text;
+    UINT id;
+    bool operator==(const MenuItem&) const = default;
+};
+
+/// Items of a menu of this process: its handle means nothing in others.
+std::vector<MenuItem> menuItems(HWND menuWindow);
+
+/// Pixels of the screen, 0x00RRGGBB, row by row.
+struct ScreenPicture {
+    int width;
+    int height;
+    std::vector<std::uint32_t> pixels;
+    bool operator==(const ScreenPicture&) const = default;
+};
+
+ScreenPicture captureScreen(const RECT& rect);
+/// What the window shows inside its frame.
+ScreenPicture captureClient(HWND window);
+
+/// Moves the mouse and presses, drags and releases its left button.
+void clickAt(POINT point);
+void dragFromTo(POINT from, POINT to);

@@ -1,0 +1,31 @@
+#pragma once
+
+#include <windows.h>
+
+#include <optional>
+#include <string>
+
+#include "framework/core/unique_resource.h"
+
+inline constexpr wchar_t kRunKey[] = L"Software\\Microsoft\\Windows\\CurrentVersion\\Run";
+inline constexpr wchar_t kProgramKey[] = L"Software\\Kelvaro";
+
+/// The program's entry under the Run key of the (perhaps redirected) current user, nothing when there is none
+/// or when it is no text.
+std::optional<std::wstring> runValue();
+
+/// A folder with a file Kelvaro.exe in it, as the installer leaves it, without the registry entry. Gone with
+/// the object.
+class InstallationFolder {
+public:
+    InstallationFolder();
+    ~InstallationFolder();
+    InstallationFolder(const InstallationFolder&) = delete;
+    InstallationFolder& operator=(const InstallationFolder&) = delete;
+
+    const std::wstring& path() const { return path_; }
+    std::wstring executable() const { return path_ + L"\\Kelvaro.exe"; }
+
+private:
+    std::wstring path_;
+};
