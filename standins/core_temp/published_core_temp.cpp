@@ -1,0 +1,75 @@
+#include "standins/core_temp/published_core_temp.h"
+
+#include <algorithm>
+#include <array>
+#include <cstdint>
+#include <cstring>
+#include <stdexcept>
+
+namespace Standins {
+
+namespace {
+
+// Names, sizes and offsets once more and not from the program's header, so that a wrong one shows.
+
+constexpr const wchar_t* nameOf(CoreTempMapping mapping) {
+    return mapping == CoreTempMapping::Extended ? L"CoreTempMappingObjectEx" : L"CoreTempMappingObject";
+}
+
+constexpr DWORD bytesOf(CoreTempMapping mapping) {
+    return mapping == CoreTempMapping::Extended ? 4740 : 2688;
+}
+
+constexpr std::size_t kCoreCountOffset = 1536;
+constexpr std::size_t kCpuCountOffset = 1540;
+constexpr std::size_t kTemperaturesOffset = 1544;
+constexpr std::size_t kVidOffset = 2568;
+constexpr std::size_t kSpeedOffset = 2572;
+constexpr std::size_t kBusSpeedOffset = 2576;
+constexpr std::size_t kMultiplierOffset = 2580;
+constexpr std::size_t kNameOffset = 2584;
+constexpr std::size_t kFahrenheitOffset = 2684;
+// Only in the extended record.
+constexpr std::size_t kVersionOffset = 2688;
+constexpr std::uint32_t kExtendedVersion = 2;
+
+}  // namespace
+
+PublishedCoreTemp::PublishedCoreTemp(CoreTempMapping mapping)
+    : section_(CreateFileMappingW(
+          INVALID_HANDLE_VALUE, nullptr, PAGE_READWRITE, 0, bytesOf(mapping), nameOf(mapping))) {
+    if (!section_ || GetLastError() == ERROR_ALREADY_EXISTS) {
+        throw std::runtime_error("Core Temp's shared memory cannot be made, or exists already");
+    }
+    view_.reset(MapViewOfFile(section_.get(), FILE_MAP_ALL_ACCESS, 0, 0, bytesOf(mapping)));
+    if (!view_) {
+        throw std::runtime_error("Core Temp's shared memory cannot be mapped");
+    }
+    if (mapping == CoreTempMapping::Extended) {
+        setAt(kVersionOffset, &kExtendedVersion, sizeof(kExtendedVersion));
+    }
+}
+
+void PublishedCoreTemp::setAt(std::size_t offset, const void* value, std::size_t size) noexcept {
+    std::memcpy(static_cast<char*>(view_.get()) + offset, value, size);
+}
+
+void PublishedCoreTemp::setFigures(const CoreTempFigures& figures) noexcept {
+    setAt(kCoreCountOffset, &figures.coreCount, sizeof(figures.coreCount));
+    setAt(kCpuCountOffset, &figures.cpuCount, sizeof(figures.cpuCount));
+    setAt(kTemperaturesOffset, figures.temperatures.data(), sizeof(figures.temperatures));
+    setAt(kVidOffset, &figures.vidVolts, sizeof(float));
+    setAt(kSpeedOffset, &figures.speedMHz, sizeof(float));
+    setAt(kBusSpeedOffset, &figures.busSpeedMHz, sizeof(float));
+    setAt(kMultiplierOffset, &figures.multiplier, sizeof(float));
+    const std::uint8_t fahrenheit = figures.fahrenheit ? 1 : 0;
+    setAt(kFahrenheitOffset, &fahrenheit, sizeof(fahrenheit));
+}
+
+void PublishedCoreTemp::setName(std::string_view name) noexcept {
+    std::array<char, VirtualCoreTemp::kNameLength> field{};
+    std::copy_n(name.begin(), std::min(name.size(), field.size()), field.begin());
+    setAt(kNameOffset, field.data(), field.size());
+}
+
+}  // namespace Standins

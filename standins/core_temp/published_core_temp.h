@@ -1,0 +1,36 @@
+#pragma once
+
+#include <cstddef>
+#include <string_view>
+
+#include "framework/core/unique_resource.h"
+#include "standins/core_temp/virtual_core_temp.h"
+
+namespace Standins {
+
+/// The two records that Core Temp publishes.
+enum class CoreTempMapping {
+    Original,
+    Extended,
+};
+
+/// Core Temp as its shared memory shows it: published under the vendor's name for as long as the object
+/// lives. The name is the same for all programs of the session.
+class PublishedCoreTemp {
+public:
+    /// Throws std::runtime_error when the system refuses, or when something is published under the name
+    /// already.
+    explicit PublishedCoreTemp(CoreTempMapping mapping);
+
+    void setFigures(const CoreTempFigures& figures) noexcept;
+    /// At most VirtualCoreTemp::kNameLength bytes; a name that takes all of them has no terminator.
+    void setName(std::string_view name) noexcept;
+
+private:
+    void setAt(std::size_t offset, const void* value, std::size_t size) noexcept;
+
+    Panelix::UniqueHandle section_;
+    Panelix::UniqueMappedView view_;
+};
+
+}  // namespace Standins

@@ -1,0 +1,116 @@
+#include "standins/nvapi/virtual_nvidia.h"
+
+#include <algorithm>
+#include <array>
+#include <atomic>
+
+#include "standins/shared_text.h"
+
+namespace Standins {
+
+namespace {
+
+// "KNVA" and the version of the layout below: raise it with every change.
+constexpr std::uint64_t kIdentity = 0x4B4E'5641'0000'0001;
+
+// Anything but null, and different for each card.
+constexpr std::int64_t kFirstHandle = 0x4E56'0001;
+
+struct GpuSlot {
+    std::atomic<std::uint32_t> loadPercent;
+    std::atomic<std::int32_t> temperature;
+    std::atomic<std::uint32_t> memoryKB;
+    std::atomic<std::uint32_t> freeMemoryKB;
+    std::atomic<std::uint32_t> coreClockKHz;
+    SharedText<VirtualNvidia::kTextLength> name;
+};
+
+}  // namespace
+
+struct VirtualNvidia::Record {
+    std::atomic<std::uint64_t> identity;
+    std::atomic<std::uint32_t> gpuCount;
+    std::array<GpuSlot, kMaxGpus> gpus;
+    std::array<std::atomic<std::uint32_t>, kNvapiCallCount> missing;
+    std::array<std::atomic<std::int32_t>, kNvapiCallCount> statuses;
+    SharedText<kTextLength> errorText;
+    CallLog log;
+};
+
+VirtualNvidia::VirtualNvidia() : shared_(openRecord()) {}
+
+SharedRecord VirtualNvidia::openRecord() {
+    return SharedRecord(sectionName(L"VirtualNvidia"), kIdentity, sizeof(Record));
+}
+
+VirtualNvidia::Record& VirtualNvidia::record() const noexcept {
+    return *static_cast<Record*>(shared_.data());
+}
+
+void VirtualNvidia::setGpuCount(std::size_t count) noexcept {
+    record().gpuCount = static_cast<std::uint32_t>(std::min(count, kMaxGpus));
+}
+
+std::int64_t VirtualNvidia::gpuHandle(std::size_t gpu) noexcept {
+    return kFirstHandle + static_cast<std::int64_t>(gpu);
+}
+
+void VirtualNvidia::setName(std::size_t gpu, std::string_view name) noexcept {
+    record().gpus[gpu].name.set(name);
+}
+
+void VirtualNvidia::setFigures(std::size_t gpu, const NvidiaFigures& figures) noexcept {
+    GpuSlot& slot = record().gpus[gpu];
+    slot.loadPercent = figures.loadPercent;
+    slot.temperature = figures.temperature;
+    slot.memoryKB = figures.memoryKB;
+    slot.freeMemoryKB = figures.freeMemoryKB;
+    slot.coreClockKHz = figures.coreClockKHz;
+}
+
+void VirtualNvidia::setMissing(NvapiCall call, bool missing) noexcept {
+    record().missing[static_cast<std::size_t>(call)] = missing ? 1 : 0;
+}
+
+void VirtualNvidia::setStatus(NvapiCall call, std::int32_t status) noexcept {
+    record().statuses[static_cast<std::size_t>(call)] = status;
+}
+
+void VirtualNvidia::setErrorText(std::string_view text) noexcept {
+    record().errorText.set(text);
+}
+
+CallLog& VirtualNvidia::log() noexcept {
+    return record().log;
+}
+
+std::uint64_t VirtualNvidia::callCount(NvapiCall call) noexcept {
+    return log().count(static_cast<std::uint32_t>(call));
+}
+
+bool VirtualNvidia::isMissing(NvapiCall call) const noexcept {
+    return record().missing[static_cast<std::size_t>(call)] != 0;
+}
+
+std::int32_t VirtualNvidia::status(NvapiCall call) const noexcept {
+    return record().statuses[static_cast<std::size_t>(call)];
+}
+
+std::size_t VirtualNvidia::gpuCount() const noexcept {
+    return record().gpuCount;
+}
+
+NvidiaFigures VirtualNvidia::figures(std::size_t gpu) const noexcept {
+    const GpuSlot& slot = record().gpus[gpu];
+    return {slot.loadPercent, slot.temperature, slot.memoryKB, slot.freeMemoryKB, slot.coreClockKHz};
+}
+
+void VirtualNvidia::copyName(std::size_t gpu, char* name) const noexcept {
+    record().gpus[gpu].name.copyTo(name);
+}
+
+void VirtualNvidia::copyErrorText(char* text) const noexcept {
+    record().errorText.copyTo(text);
+}
+
+}  // namespace Standins

@@ -1,0 +1,22 @@
+#pragma once
+
+#include <string>
+
+namespace Standins {
+
+/// The vendor libraries that there are stand-ins of.
+enum class VendorLibrary {
+    Nvapi,
+    Adl,
+    CoreTemp,
+    Xinput,
+};
+
+/// Full path of the stand-in, which bears the vendor's file name, in the form that LoadLibraryW takes.
+std::wstring vendorLibraryPath(VendorLibrary library);
+
+/// The same for one of the variants that are built for tests, by its folder's name. They stand in the
+/// CMakeLists.txt of the library's folder.
+std::wstring vendorLibraryPath(VendorLibrary library, const std::string& variant);
+
+}  // namespace Standins
