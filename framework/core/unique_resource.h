@@ -77,6 +77,7 @@ struct FileTraits {
 
 using UniqueHandle = UniqueResource<details::NullableTraits<HANDLE, CloseHandle>>;
 using UniqueFile = UniqueResource<details::FileTraits>;
+using UniqueGlobal = UniqueResource<details::NullableTraits<HGLOBAL, GlobalFree>>;
 using UniqueHkey = UniqueResource<details::NullableTraits<HKEY, RegCloseKey>>;
 using UniqueModule = UniqueResource<details::NullableTraits<HMODULE, FreeLibrary>>;
 using UniqueIcon = UniqueResource<details::NullableTraits<HICON, DestroyIcon>>;

@@ -7,7 +7,6 @@
 #include <array>
 #include <cstdint>
 #include <map>
-#include <memory>
 #include <string>
 
 #include "framework/core/transition_kind.h"
@@ -41,11 +40,12 @@ public:
     Canvas(const Canvas&) = delete;
     Canvas& operator=(const Canvas&) = delete;
 
-    /// The image of a resource of the process module, loaded at the first call and kept as long as the
-    /// canvas: borrowed by the caller. `fromPng` 0 loads a bitmap resource, any other value a resource of
-    /// type "PNG"; it plays no part once the id is cached. Id 0 gives null. When there is no image at all (no
-    /// such PNG, or one that cannot be decoded) a message box says so and the result is null; a bitmap
-    /// resource that fails to load throws SysException. In both cases a later call tries again.
+    /// The image of a resource of the process module (id below 65,536), loaded at the first call and kept as
+    /// long as the canvas: borrowed by the caller. `fromPng` 0 loads a bitmap resource, any other value a
+    /// resource of type "PNG"; it plays no part once the id is cached. Id 0 gives null. When there is no
+    /// image at all (no such PNG, or one that cannot be decoded) a message box says so and the result is
+    /// null; a bitmap resource that fails to load throws SysException. In both cases a later call tries
+    /// again.
     Gdiplus::Bitmap* getImage(std::uintptr_t resourceId, int fromPng);
 
     /// Throws SysException titled "Drawing Error" with `message`, ": " and the status text when the last
@@ -77,8 +77,9 @@ private:
     /// Declared first: GDI+ ends after everything below is gone.
     GdiplusSession session_;
     Gdiplus::Status lastStatus_ = Gdiplus::Ok;
-    std::unique_ptr<Gdiplus::Bitmap> surface_;
-    std::unique_ptr<Gdiplus::Graphics> graphics_;
+    Gdiplus::Bitmap surface_;
+    /// Draws on the surface.
+    Gdiplus::Graphics graphics_;
     std::map<std::uintptr_t, Image> imageCache_;
 };
 

@@ -21,7 +21,8 @@ struct Image {
 
 /// Decodes a resource of type "PNG" of the process module to 32 bits per pixel, premultiplied. COM must be
 /// running on the thread. The bitmap is null when the resource is missing, is no PNG, has more or fewer than
-/// one frame or no pixels, or when the decoder is not there.
+/// one frame or no pixels, or when the decoder is not there. A failure of GDI+ itself is in the bitmap's last
+/// status.
 Image decodePngResource(std::uintptr_t resourceId);
 
 }  // namespace Panelix
