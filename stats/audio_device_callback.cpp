@@ -1,5 +1,7 @@
 #include "stats/audio_device_callback.h"
 
+#include <new>
+
 #include "stats/system_info.h"
 #include "stats/volume_percent.h"
 
@@ -25,9 +27,9 @@ float channelVolume(const AUDIO_VOLUME_NOTIFICATION_DATA& data, UINT channel) no
 }  // namespace
 
 Microsoft::WRL::ComPtr<AudioDeviceCallback> AudioDeviceCallback::create(SystemInfo& owner,
-                                                                        AudioEndpoint endpoint) {
+                                                                        AudioEndpoint endpoint) noexcept {
     Microsoft::WRL::ComPtr<AudioDeviceCallback> callback;
-    callback.Attach(new AudioDeviceCallback(owner, endpoint));
+    callback.Attach(new (std::nothrow) AudioDeviceCallback(owner, endpoint));
     return callback;
 }
 
@@ -81,7 +83,7 @@ HRESULT STDMETHODCALLTYPE AudioDeviceCallback::OnNotify(AUDIO_VOLUME_NOTIFICATIO
                                 roundedPercent(data->fMasterVolume),
                                 data->bMuted != FALSE};
     const ExclusiveLock lock(lock_);
-    if (owner_ == nullptr || data->guidEventContext == owner_->eventContext_) {
+    if (owner_ == nullptr || data->guidEventContext == owner_->eventContext()) {
         return S_OK;
     }
     owner_->storeLevels(endpoint_, levels);

@@ -33,8 +33,9 @@ struct EndpointLevels {
 /// is no longer bound changes nothing, and does not touch the sampler.
 class AudioDeviceCallback final : public IAudioEndpointVolumeCallback {
 public:
-    /// `owner` must live until detach().
-    static Microsoft::WRL::ComPtr<AudioDeviceCallback> create(SystemInfo& owner, AudioEndpoint endpoint);
+    /// `owner` must live until detach(). Null when there is no memory.
+    static Microsoft::WRL::ComPtr<AudioDeviceCallback> create(SystemInfo& owner,
+                                                              AudioEndpoint endpoint) noexcept;
 
     AudioDeviceCallback(const AudioDeviceCallback&) = delete;
     AudioDeviceCallback& operator=(const AudioDeviceCallback&) = delete;

@@ -39,10 +39,10 @@ public:
 
     /// Binds the default speaker and microphone and reads their volumes and mute states. Missing endpoints
     /// leave null interfaces and volumes of 0.
-    void bindAudio();
+    void bindAudio() noexcept;
 
     /// Ends the notifications and lets the endpoints go; no notification touches the snapshot afterwards.
-    void releaseAudio();
+    void releaseAudio() noexcept;
 
     /// The active speaker devices. `defaultIndex` becomes the row of the default one, and stays as it is when
     /// no row is.
@@ -59,12 +59,19 @@ public:
     /// Flips the microphone's mute, as the snapshot has it. The snapshot follows through the notification.
     void toggleMicrophoneMute();
 
+    /// Marks changes of volume and mute as this sampler's own: notices that carry it are ignored. The
+    /// operations above pass none, so that their changes come back. Same as long as the sampler lives.
+    const GUID& eventContext() const noexcept { return eventContext_; }
+
 private:
     friend class AudioDeviceCallback;
 
     void sampleCoreTemp();
     void sampleUnreadMail();
 
+    void adoptReading(AudioEndpoint endpoint,
+                      AudioDeviceCallback* callback,
+                      const EndpointLevels& reading) noexcept;
     /// Writes one endpoint's fields of the snapshot. Any thread.
     void storeLevels(AudioEndpoint endpoint, const EndpointLevels& levels) noexcept;
 

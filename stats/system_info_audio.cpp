@@ -66,11 +66,16 @@ ComPtr<IAudioEndpointVolume> activateVolume(IMMDevice* device) {
     return volume;
 }
 
-// Null when there is no endpoint to watch.
-ComPtr<AudioDeviceCallback> watch(SystemInfo& owner, AudioEndpoint endpoint, IAudioEndpointVolume* volume) {
+// Null when there is no endpoint to watch, or no memory. Core Audio's answer does not matter: a callback that
+// it did not take is simply never called.
+ComPtr<AudioDeviceCallback> watch(SystemInfo& owner,
+                                  AudioEndpoint endpoint,
+                                  IAudioEndpointVolume* volume) noexcept {
     ComPtr<AudioDeviceCallback> callback;
     if (volume != nullptr) {
         callback = AudioDeviceCallback::create(owner, endpoint);
+    }
+    if (callback != nullptr) {
         volume->RegisterControlChangeNotify(callback.Get());
     }
     return callback;
@@ -107,18 +112,22 @@ bool readMuted(IAudioEndpointVolume& volume) {
     return muted == TRUE;
 }
 
-EndpointLevels readSpeaker(IAudioEndpointVolume& volume) {
+EndpointLevels readSpeaker(IAudioEndpointVolume* volume) {
     EndpointLevels levels;
-    levels.left = readChannelPercent(volume, kLeftChannel);
-    levels.right = readChannelPercent(volume, kRightChannel);
-    levels.master = readMasterPercent(volume);
-    levels.muted = readMuted(volume);
+    if (volume != nullptr) {
+        levels.left = readChannelPercent(*volume, kLeftChannel);
+        levels.right = readChannelPercent(*volume, kRightChannel);
+        levels.master = readMasterPercent(*volume);
+        levels.muted = readMuted(*volume);
+    }
     return levels;
 }
 
-EndpointLevels readMicrophone(IAudioEndpointVolume& volume) {
+EndpointLevels readMicrophone(IAudioEndpointVolume* volume) {
     EndpointLevels levels;
-    levels.muted = readMuted(volume);
+    if (volume != nullptr) {
+        levels.muted = readMuted(*volume);
+    }
     return levels;
 }
 
@@ -162,7 +171,7 @@ void makeDefault(const wchar_t* id) {
 
 }  // namespace
 
-void SystemInfo::bindAudio() {
+void SystemInfo::bindAudio() noexcept {
     releaseAudio();
 
     speakerDevice_ = defaultDevice(deviceEnumerator_.Get(), eRender);
@@ -173,19 +182,23 @@ void SystemInfo::bindAudio() {
     microphoneVolume_ = activateVolume(microphoneDevice_.Get());
     microphoneCallback_ = watch(*this, AudioEndpoint::Microphone, microphoneVolume_.Get());
 
-    if (speakerCallback_ != nullptr) {
-        speakerCallback_->adoptReading(readSpeaker(*speakerVolume_.Get()));
+    adoptReading(AudioEndpoint::Speaker, speakerCallback_.Get(), readSpeaker(speakerVolume_.Get()));
+    adoptReading(
+        AudioEndpoint::Microphone, microphoneCallback_.Get(), readMicrophone(microphoneVolume_.Get()));
+}
+
+// Once an endpoint is watched, its callback alone decides what gets into the snapshot.
+void SystemInfo::adoptReading(AudioEndpoint endpoint,
+                              AudioDeviceCallback* callback,
+                              const EndpointLevels& reading) noexcept {
+    if (callback != nullptr) {
+        callback->adoptReading(reading);
     } else {
-        storeLevels(AudioEndpoint::Speaker, {});
-    }
-    if (microphoneCallback_ != nullptr) {
-        microphoneCallback_->adoptReading(readMicrophone(*microphoneVolume_.Get()));
-    } else {
-        storeLevels(AudioEndpoint::Microphone, {});
+        storeLevels(endpoint, reading);
     }
 }
 
-void SystemInfo::releaseAudio() {
+void SystemInfo::releaseAudio() noexcept {
     unwatch(speakerCallback_, speakerVolume_.Get());
     unwatch(microphoneCallback_, microphoneVolume_.Get());
     speakerVolume_.Reset();
