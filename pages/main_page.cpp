@@ -1,6 +1,8 @@
 #include "pages/main_page.h"
 
 #include <algorithm>
+#include <cstdint>
+#include <tuple>
 
 #include "framework/core/app.h"
 #include "framework/drawing/blend.h"
@@ -12,7 +14,7 @@
 #include "pages/page_drawing.h"
 #include "pages/page_names.h"
 #include "pages/text_tools.h"
-#include "stats/gamepad_battery.h"
+#include "stats/gamepad_battery_code.h"
 #include "stats/system_info.h"
 
 using Panelix::LcdButton;
@@ -145,7 +147,7 @@ void MainPage::drawStatistics(Panelix::Canvas& canvas, const Panelix::LcdButtons
     drawIcons();
     drawClock(tools);
     if (screenshotWanted) {
-        // The canvas still holds the frame before this one, which is the one that the user saw.
+        // What is saved is the last frame composed: this drawing of the page is not on the canvas yet.
         canvas.saveScreenshot();
     }
 }

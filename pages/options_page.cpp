@@ -47,16 +47,22 @@ void OptionsPage::Draw(Panelix::Canvas* /*canvas*/, const Panelix::LcdButtons& b
 void OptionsPage::choose() {
     switch (selectedEntry_) {
         case kAbout:
-            app()->HandleCommand(Panelix::kCommandAbout);
+            runCommand(Panelix::kCommandAbout);
             break;
         case kSettings:
-            app()->HandleCommand(Panelix::kCommandSettings);
+            runCommand(Panelix::kCommandSettings);
             break;
         default:
             exitRequested_ = true;
             break;
     }
     app()->SwitchPage(app()->GetMainPage(), TransitionKind::SlideFromTop);
+}
+
+void OptionsPage::runCommand(std::uint32_t command) {
+    app()->HandleCommand(command);
+    // The dialog's time must not count as the pass's own.
+    app()->requestFullWait();
 }
 
 void OptionsPage::drawEntries() {

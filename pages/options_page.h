@@ -22,6 +22,7 @@ public:
 
 private:
     void choose();
+    void runCommand(std::uint32_t command);
     void drawEntries();
 
     std::int32_t selectedEntry_ = 0;
