@@ -1,0 +1,45 @@
+#pragma once
+
+#include <windows.h>
+
+#include <gtest/gtest.h>
+
+#include <chrono>
+#include <cstdint>
+
+#include "framework/core/lcd_sdk_abi.h"
+#include "standins/lcd_sdk/standin_paths.h"
+#include "standins/lcd_sdk/virtual_g19.h"
+#include "tests/support/child_process.h"
+#include "tests/support/lcd_registration.h"
+
+/// Full path of the program under test.
+inline constexpr wchar_t kKelvaroProgram[] = L"" KELVARO_PROGRAM;
+
+/// A machine with a virtual keyboard on which the shipped program can be started.
+class KelvaroOnTheKeyboard : public testing::Test {
+protected:
+    /// Passes that a slide takes, and some more for the new page to stand still.
+    static constexpr std::uint64_t kSlidePasses = 12;
+
+    /// Waits until the program has finished `count` passes since the keyboard exists.
+    bool waitForPasses(std::uint64_t count) const {
+        return Standins::waitUntil([&] { return keyboard.passCount() >= count; }, std::chrono::seconds(30));
+    }
+
+    /// Holds buttons for exactly two passes and waits until a slide that this may cause is over.
+    void press(int mask) {
+        ASSERT_TRUE(keyboard.addScriptStep(static_cast<std::uint32_t>(mask), 2));
+        ASSERT_TRUE(keyboard.addScriptStep(0, 1));
+        ASSERT_TRUE(Standins::waitUntil([&] { return keyboard.scriptDone(); }, std::chrono::seconds(30)));
+        ASSERT_TRUE(waitForPasses(keyboard.passCount() + kSlidePasses));
+    }
+
+    struct OwnSession {
+        OwnSession() { Standins::useOwnSession(); }
+    };
+
+    OwnSession session;
+    Standins::VirtualG19 keyboard;
+    LcdRegistrationScope registration{Standins::lcdSdkPath()};
+};

@@ -1,0 +1,140 @@
+#include <windows.h>
+
+#include <gmock/gmock.h>
+
+#include <algorithm>
+#include <chrono>
+#include <string>
+#include <vector>
+
+#include "tests/e2e/kelvaro_on_keyboard.h"
+
+namespace {
+
+using namespace std::chrono_literals;
+using Standins::G19Frame;
+using Standins::KeyboardState;
+using Standins::LcdCall;
+using Standins::waitUntil;
+namespace LcdSdk = Panelix::LcdSdk;
+
+class KelvaroWithAnExit : public KelvaroOnTheKeyboard {
+protected:
+    /// Menu, options page, Exit Applet.
+    void exitByButtons() {
+        press(LcdSdk::kButtonMenu);
+        press(LcdSdk::kButtonRight);
+        press(LcdSdk::kButtonDown);
+        press(LcdSdk::kButtonDown);
+        ASSERT_TRUE(keyboard.addScriptStep(LcdSdk::kButtonOk, 2));
+    }
+};
+
+TEST_F(KelvaroWithAnExit, AnnouncesItselfShowsFramesAndEndsThroughItsOptionsPageWithCodeZero) {
+    const ChildProcess kelvaro(kKelvaroProgram);
+    ASSERT_TRUE(waitForPasses(5));
+    EXPECT_EQ(keyboard.initRecord().name, L"Kelvaro");
+    EXPECT_EQ(keyboard.initRecord().type, LcdSdk::kTypeColor);
+    EXPECT_EQ(keyboard.processId(), kelvaro.id());
+    EXPECT_EQ(keyboard.state(), KeyboardState::Running);
+
+    exitByButtons();
+    EXPECT_EQ(kelvaro.waitForExit(), DWORD{0});
+    EXPECT_EQ(keyboard.state(), KeyboardState::Ended);
+    EXPECT_EQ(keyboard.callCount(LcdCall::Init), 1U);
+    EXPECT_EQ(keyboard.callCount(LcdCall::Shutdown), 1U);
+    EXPECT_EQ(keyboard.callCount(LcdCall::IsConnected), 0U);
+    EXPECT_EQ(keyboard.callCount(LcdCall::ColorSetBackground), keyboard.callCount(LcdCall::Update));
+}
+
+TEST_F(KelvaroOnTheKeyboard, EveryPassPollsTheSevenButtonsThenShowsOneFrame) {
+    const ChildProcess kelvaro(kKelvaroProgram);
+    ASSERT_TRUE(waitForPasses(20));
+    const auto calls = keyboard.calls();
+    // From the first whole pass on: seven polls, a frame, an update.
+    std::size_t i = 0;
+    while (i < calls.size() && calls[i].call != LcdCall::IsButtonPressed) {
+        ++i;
+    }
+    ASSERT_EQ(i, 1U) << "only the initialisation comes before the first poll";
+    for (int pass = 0; pass < 10; ++pass) {
+        for (const int mask : {0x1000, 0x0200, 0x2000, 0x0100, 0x4000, 0x0400, 0x0800}) {
+            EXPECT_EQ(calls[i].call, LcdCall::IsButtonPressed);
+            EXPECT_EQ(calls[i++].argument, static_cast<std::uint32_t>(mask));
+        }
+        EXPECT_EQ(calls[i++].call, LcdCall::ColorSetBackground);
+        EXPECT_EQ(calls[i++].call, LcdCall::Update);
+    }
+}
+
+TEST_F(KelvaroOnTheKeyboard, FramesComeEvery66MillisecondsAtRest) {
+    const ChildProcess kelvaro(kKelvaroProgram);
+    ASSERT_TRUE(waitForPasses(45));
+    std::vector<double> gapsMs;
+    for (std::uint64_t i = 11; i <= 40; ++i) {
+        gapsMs.push_back(static_cast<double>(keyboard.frame(i)->timeUs - keyboard.frame(i - 1)->timeUs) /
+                         1000.0);
+    }
+    // The sum has the period as its lower bound; the shortest gap is a pass that nothing disturbed.
+    double total = 0;
+    for (const double gap : gapsMs) {
+        total += gap;
+    }
+    EXPECT_GE(total, 30 * 64.0);
+    EXPECT_LT(*std::min_element(gapsMs.begin(), gapsMs.end()), 75.0);
+}
+
+TEST_F(KelvaroOnTheKeyboard, TheClockAndTheGraphsMoveOn) {
+    const ChildProcess kelvaro(kKelvaroProgram);
+    ASSERT_TRUE(waitForPasses(3));
+    const auto first = keyboard.lastFrame();
+    ASSERT_TRUE(waitForPasses(30));
+    const auto later = keyboard.lastFrame();
+    ASSERT_TRUE(first && later);
+    EXPECT_NE(first->checksum, later->checksum);
+}
+
+TEST_F(KelvaroOnTheKeyboard, OkShowsThePictureAndOkAgainThePage) {
+    const ChildProcess kelvaro(kKelvaroProgram);
+    ASSERT_TRUE(waitForPasses(3));
+    const auto page = keyboard.lastFrame();
+    press(LcdSdk::kButtonOk);
+    const auto picture = keyboard.lastFrame();
+    ASSERT_TRUE(waitForPasses(keyboard.passCount() + 30));
+    const auto samePicture = keyboard.lastFrame();
+    ASSERT_TRUE(page && picture && samePicture);
+    EXPECT_NE(picture->checksum, page->checksum);
+    EXPECT_EQ(picture->checksum, samePicture->checksum) << "nothing moves on the picture";
+    press(LcdSdk::kButtonOk);
+    EXPECT_NE(keyboard.lastFrame()->checksum, picture->checksum);
+}
+
+TEST_F(KelvaroOnTheKeyboard, ASecondStartIsRefusedAndLeavesTheFirstAlone) {
+    const ChildProcess first(kKelvaroProgram);
+    ASSERT_TRUE(waitForPasses(3));
+    const ChildProcess second(kKelvaroProgram);
+    HWND box = nullptr;
+    ASSERT_TRUE(waitUntil([&] { return (box = FindWindowW(L"#32770", L"Kelvaro Error")) != nullptr; }, 20s));
+    // Another process's control gives its text only by message.
+    std::wstring text;
+    for (HWND child = nullptr; (child = FindWindowExW(box, child, L"Static", nullptr)) != nullptr;) {
+        wchar_t part[100] = L"";
+        SendMessageW(child, WM_GETTEXT, 100, reinterpret_cast<LPARAM>(part));
+        text += part;
+    }
+    EXPECT_EQ(text, L"Kelvaro is already running!");
+    PostMessageW(box, WM_COMMAND, IDOK, 0);
+    EXPECT_EQ(second.waitForExit(), DWORD{1});
+    EXPECT_TRUE(first.isRunning());
+    ASSERT_TRUE(waitForPasses(keyboard.passCount() + 3));
+    EXPECT_EQ(keyboard.callCount(LcdCall::Init), 1U);
+}
+
+TEST_F(KelvaroOnTheKeyboard, TheStartDelayHoldsBackEverything) {
+    const auto start = std::chrono::steady_clock::now();
+    const ChildProcess kelvaro(kKelvaroProgram, L"-delay1");
+    ASSERT_TRUE(waitForPasses(1));
+    EXPECT_GE(std::chrono::steady_clock::now() - start, 1s);
+}
+
+}  // namespace

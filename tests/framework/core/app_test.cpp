@@ -1,0 +1,396 @@
+#include "framework/core/app.h"
+
+#include <windows.h>
+
+#include <gmock/gmock.h>
+
+#include <algorithm>
+#include <cmath>
+#include <optional>
+#include <stdexcept>
+
+#include "framework/core/lcd_sdk_abi.h"
+#include "framework/drawing/slide.h"
+#include "framework/drawing/sys_exception.h"
+#include "tests/framework/core/lcd_fixture.h"
+#include "tests/framework/core/probe_app.h"
+
+namespace {
+
+using Panelix::LcdButton;
+using Panelix::LcdButtons;
+using Panelix::Page;
+using Panelix::SysException;
+using Panelix::TransitionKind;
+using Standins::G19Frame;
+using Standins::LcdCall;
+using testing::Contains;
+using testing::ElementsAre;
+using testing::Not;
+namespace LcdSdk = Panelix::LcdSdk;
+
+constexpr Gdiplus::ARGB kRed = 0xFFFF0000;
+constexpr Gdiplus::ARGB kBlue = 0xFF0000FF;
+
+Gdiplus::ARGB pixel(const G19Frame& frame, int x, int y) {
+    const std::uint8_t* p =
+        frame.pixels.data() + (static_cast<std::size_t>(y) * 320 + static_cast<std::size_t>(x)) * 4;
+    return 0xFF000000U | static_cast<unsigned>(p[2]) << 16 | static_cast<unsigned>(p[1]) << 8 | p[0];
+}
+
+/// Column at which the red page's picture begins to be the blue page's, from the left; 320 for none.
+int firstBlueColumn(const G19Frame& frame) {
+    int x = 0;
+    while (x < 320 && pixel(frame, x, 120) != kBlue) {
+        ++x;
+    }
+    return x;
+}
+
+/// An application on the virtual keyboard with a red main page and a blue other page. The main page ends the
+/// program after `passes` passes.
+class AppWithKeyboard : public WithKeyboard {
+protected:
+    AppWithKeyboard() {
+        auto mainPage = std::make_unique<ProbePage>("main", &*app, &log, Gdiplus::Color(kRed));
+        auto otherPage = std::make_unique<ProbePage>("other", &*app, &log, Gdiplus::Color(kBlue));
+        main = mainPage.get();
+        other = otherPage.get();
+        app->SetMainPage(std::move(mainPage));
+        app->AddPage(std::move(otherPage), false);
+        main->onUpdate = [this](const LcdButtons& buttons) {
+            ++pass;
+            if (onPass) {
+                onPass(pass, buttons);
+            }
+            return pass < passes;
+        };
+    }
+
+    void run(int count) {
+        passes = count;
+        app->Run();
+    }
+
+    std::vector<G19Frame> frames() const {
+        std::vector<G19Frame> all;
+        for (std::uint64_t i = 1; i <= keyboard.frameCount(); ++i) {
+            all.push_back(*keyboard.frame(i));
+        }
+        return all;
+    }
+
+    CallLog log;
+    std::optional<ProbeApp> app{std::in_place, 20};
+    ProbePage* main;
+    ProbePage* other;
+    int pass = 0;
+    int passes = 1;
+    std::function<void(int, const LcdButtons&)> onPass;
+};
+
+TEST_F(AppWithKeyboard, HasNoWindowAndIsTheProcessesApplication) {
+    EXPECT_EQ(app->window(), nullptr);
+    EXPECT_EQ(Panelix::App::current(), &*app);
+    EXPECT_EQ(app->name(), L"Probe");
+    EXPECT_EQ(app->instance(), GetModuleHandleW(nullptr));
+    app.reset();
+    EXPECT_EQ(Panelix::App::current(), nullptr);
+}
+
+TEST_F(AppWithKeyboard, InitialisesTheMainPageTwiceAndTheOthersOnceInListOrder) {
+    run(1);
+    EXPECT_THAT(log,
+                ElementsAre("main.Init", "main.OnActivate", "main.Init", "other.Init", "main.Update active"));
+}
+
+TEST_F(AppWithKeyboard, TicksEveryPageAndDrawsTheActiveOneInListOrder) {
+    app->AddPage(std::make_unique<ProbePage>("first", &*app, &log), true);
+    run(2);
+    log.erase(log.begin(), std::find(log.begin(), log.end(), "first.Update"));
+    EXPECT_THAT(log,
+                ElementsAre("first.Update",
+                            "main.Update active",
+                            "main.Draw",
+                            "other.Update",
+                            "first.Update",
+                            "main.Update active"));
+}
+
+TEST_F(AppWithKeyboard, AnUpdateThatAnswersFalseEndsTheProgramBehindThePass) {
+    run(3);
+    EXPECT_EQ(keyboard.frameCount(), 3U);
+    EXPECT_EQ(keyboard.callCount(LcdCall::Update), 3U);
+    // The last pass stopped at the main page: the other one had two passes only.
+    EXPECT_EQ(std::count(log.begin(), log.end(), "other.Update"), 2);
+    EXPECT_EQ(std::count(log.begin(), log.end(), "main.Draw"), 2);
+}
+
+TEST_F(AppWithKeyboard, EveryPassShowsTheActivePageOnTheLcd) {
+    main->onDraw = [](const LcdButtons&) {};
+    run(2);
+    for (const G19Frame& frame : frames()) {
+        EXPECT_EQ(pixel(frame, 0, 0), kRed);
+        EXPECT_EQ(pixel(frame, 319, 239), kRed);
+    }
+}
+
+TEST_F(AppWithKeyboard, FindsPagesByTheirExactName) {
+    EXPECT_EQ(app->FindPage(L"main"), main);
+    EXPECT_EQ(app->FindPage(L"other"), other);
+    EXPECT_EQ(app->FindPage(L"Main"), nullptr);
+    EXPECT_EQ(app->FindPage(L"mai"), nullptr);
+    EXPECT_EQ(app->FindPage(L""), nullptr);
+    EXPECT_EQ(app->GetMainPage(), main);
+}
+
+TEST_F(AppWithKeyboard, OfTwoPagesOfOneNameTheFirstInTheListIsFound) {
+    auto twin = std::make_unique<ProbePage>("other", &*app, &log);
+    const Page* front = twin.get();
+    app->AddPage(std::move(twin), true);
+    EXPECT_EQ(app->FindPage(L"other"), front);
+}
+
+TEST_F(AppWithKeyboard, PagesBehindTheOneThatSwitchedSeeNoPressAndTheNewState) {
+    std::vector<bool> pressSeen;
+    onPass = [this](int number, const LcdButtons& buttons) {
+        if (buttons.isPressed(LcdButton::Menu)) {
+            app->SwitchPage(other, TransitionKind::SlideFromBottom);
+            EXPECT_EQ(number, 1);
+        }
+    };
+    other->onUpdate = [&](const LcdButtons& buttons) {
+        pressSeen.push_back(buttons.isPressed(LcdButton::Menu));
+        EXPECT_TRUE(pressSeen.size() > 1 || buttons.isHeld(LcdButton::Menu));
+        return true;
+    };
+    keyboard.setHeldButtons(LcdSdk::kButtonMenu);
+    run(3);
+    EXPECT_THAT(pressSeen, ElementsAre(false, false));
+    EXPECT_THAT(log, Not(Contains("other.Update")));
+    EXPECT_THAT(log, Contains("other.Update active"));
+}
+
+TEST_F(AppWithKeyboard, ASwitchDeactivatesTheOldPageBeforeItActivatesTheNewOne) {
+    log.clear();
+    app->SwitchPage(other, TransitionKind::SlideFromLeft);
+    EXPECT_THAT(log, ElementsAre("main.OnDeactivate", "other.OnActivate"));
+}
+
+TEST_F(AppWithKeyboard, ASwitchToNoPageDoesNothing) {
+    log.clear();
+    app->SwitchPage(nullptr, TransitionKind::SlideFromLeft);
+    EXPECT_TRUE(log.empty());
+    run(3);
+    for (const G19Frame& frame : frames()) {
+        EXPECT_EQ(frame.checksum, frames().front().checksum);
+    }
+}
+
+TEST_F(AppWithKeyboard, ASwitchToTheActivePageSlidesItOverItself) {
+    app->SwitchPage(main, TransitionKind::SlideFromLeft);
+    run(12);
+    EXPECT_THAT(log, Contains("main.OnDeactivate"));
+    for (const G19Frame& frame : frames()) {
+        EXPECT_EQ(pixel(frame, 160, 120), kRed);
+    }
+}
+
+TEST_F(AppWithKeyboard, ASlideHasTenFramesFromOneTenthToItsEnd) {
+    app->SwitchPage(other, TransitionKind::SlideFromRight);
+    run(12);
+    const auto shown = frames();
+    ASSERT_EQ(shown.size(), 12U);
+    float progress = 0.0F;
+    for (std::size_t i = 0; i < 10; ++i) {
+        progress = std::min(progress + 0.1F, 1.0F);
+        const auto offsets = Panelix::slideOffsets(progress, TransitionKind::SlideFromRight);
+        EXPECT_EQ(firstBlueColumn(shown[i]), offsets.currentX) << "frame " << i;
+    }
+    EXPECT_EQ(firstBlueColumn(shown[9]), 0);
+    EXPECT_EQ(shown[10].checksum, shown[9].checksum);
+    EXPECT_GT(firstBlueColumn(shown[0]), 280);
+}
+
+TEST_F(AppWithKeyboard, PassesAreFastDuringASlideOnly) {
+    app.emplace(200);
+    auto page = std::make_unique<ProbePage>("main", &*app, &log, Gdiplus::Color(kRed));
+    ProbePage* only = page.get();
+    int left = 15;
+    only->onUpdate = [&left](const LcdButtons&) { return --left > 0; };
+    app->SetMainPage(std::move(page));
+    app->SwitchPage(only, TransitionKind::SlideFromTop);
+    app->Run();
+    const auto shown = frames();
+    ASSERT_EQ(shown.size(), 15U);
+    const auto lengthMs = [&shown](std::size_t from, std::size_t to) {
+        return static_cast<double>(shown[to].timeUs - shown[from].timeUs) / 1000.0;
+    };
+    // Nine waits of 16 ms, then the tenth slide pass ends the slide and waits out the whole period.
+    EXPECT_GE(lengthMs(0, 9), 9 * 16 - 9);
+    EXPECT_LT(lengthMs(0, 9), 5 * 200);
+    EXPECT_GE(lengthMs(10, 14), 4 * 200 - 4);
+}
+
+TEST_F(AppWithKeyboard, SwitchingBackInTheMiddleOfASlideContinuesFromTheMirroredPlace) {
+    onPass = [this](int number, const LcdButtons&) {
+        if (number == 4) {
+            app->SwitchPage(main, TransitionKind::SlideFromLeft);
+        }
+    };
+    app->SwitchPage(other, TransitionKind::SlideFromRight);
+    run(9);
+    const auto shown = frames();
+    ASSERT_EQ(shown.size(), 9U);
+    // The third frame stands at 0.3; the slide back starts at 0.7 and shows 0.8 first.
+    float progress = 1.0F - (0.1F + 0.1F + 0.1F);
+    for (std::size_t i = 3; i < 6; ++i) {
+        progress = std::min(progress + 0.1F, 1.0F);
+        const auto offsets = Panelix::slideOffsets(progress, TransitionKind::SlideFromLeft);
+        EXPECT_EQ(firstBlueColumn(shown[i]), offsets.previousX) << "frame " << i;
+    }
+    EXPECT_GT(firstBlueColumn(shown[3]), firstBlueColumn(shown[2]));
+    EXPECT_LT(firstBlueColumn(shown[3]), 320);
+    EXPECT_EQ(firstBlueColumn(shown[8]), 320);
+}
+
+TEST_F(AppWithKeyboard, ALongPassIsFollowedByNoWaitUnlessSomethingModalRanInIt) {
+    for (const bool modal : {false, true}) {
+        app.emplace(60);
+        auto page = std::make_unique<ProbePage>("main", &*app, &log);
+        ProbePage* only = page.get();
+        int left = 6;
+        only->onDraw = [&](const LcdButtons&) {
+            Sleep(100);
+            if (modal) {
+                app->requestFullWait();
+            }
+        };
+        only->onUpdate = [&left](const LcdButtons&) { return --left > 0; };
+        app->SetMainPage(std::move(page));
+        const std::uint64_t first = keyboard.frameCount() + 1;
+        app->Run();
+        double shortestMs = 1e9;
+        for (std::uint64_t i = first; i + 2 <= keyboard.frameCount(); ++i) {
+            const auto us = keyboard.frame(i + 1)->timeUs - keyboard.frame(i)->timeUs;
+            shortestMs = std::min(shortestMs, static_cast<double>(us) / 1000.0);
+        }
+        if (modal) {
+            EXPECT_GE(shortestMs, 158.0);
+        } else {
+            EXPECT_GE(shortestMs, 99.0);
+            EXPECT_LT(shortestMs, 158.0);
+        }
+    }
+}
+
+TEST_F(AppWithKeyboard, DeletesThePagesInListOrderAndThenEndsTheLcd) {
+    log.clear();
+    app.reset();
+    EXPECT_THAT(log, ElementsAre("main.destroyed", "other.destroyed"));
+    EXPECT_EQ(keyboard.callCount(LcdCall::Shutdown), 1U);
+}
+
+TEST_F(AppWithKeyboard, WhatAPageThrowsLeavesTheLoop) {
+    main->onDraw = [](const LcdButtons&) { throw std::runtime_error("from a page"); };
+    EXPECT_THROW(run(10), std::runtime_error);
+    EXPECT_EQ(keyboard.frameCount(), 0U);
+}
+
+TEST_F(AppWithKeyboard, AnEmptyMainPageIsRefusedAndTheRestIsLeftAsItWas) {
+    try {
+        app->SetMainPage(nullptr);
+        FAIL() << "nothing was thrown";
+    } catch (const SysException& error) {
+        EXPECT_EQ(error.message, L"Main page empty");
+        EXPECT_EQ(error.title, L"Panelix Init Error");
+    }
+}
+
+TEST_F(WithKeyboard, WithoutAMainPageRunThrowsBeforeAnyPageIsCalled) {
+    ProbeApp app;
+    CallLog log;
+    app.AddPage(std::make_unique<ProbePage>("other", &app, &log), false);
+    try {
+        app.Run();
+        FAIL() << "nothing was thrown";
+    } catch (const SysException& error) {
+        EXPECT_EQ(error.message, L"Main page not created or activated");
+        EXPECT_EQ(error.title, L"Panelix Init Error");
+    }
+    EXPECT_TRUE(log.empty());
+}
+
+TEST(App, WithoutComThereIsNoApplication) {
+    // A thread that is in the multithreaded apartment already cannot enter a single-threaded one.
+    ASSERT_TRUE(SUCCEEDED(CoInitializeEx(nullptr, COINIT_MULTITHREADED)));
+    try {
+        const ProbeApp app;
+        ADD_FAILURE() << "nothing was thrown";
+    } catch (const SysException& error) {
+        EXPECT_EQ(error.message, L"Cannot initialise COM library");
+        EXPECT_EQ(error.title, L"Panelix Init Error");
+    }
+    CoUninitialize();
+}
+
+TEST(App, ComThatRunsAlreadyIsNoError) {
+    const RegistryOverride registry;
+    ASSERT_TRUE(SUCCEEDED(CoInitialize(nullptr)));
+    { const ProbeApp app; }
+    CoUninitialize();
+}
+
+// Desktop mode.
+
+class AppWithoutKeyboard : public testing::Test {
+protected:
+    RegistryOverride registry;
+    CallLog log;
+    ProbeApp app;
+};
+
+TEST_F(AppWithoutKeyboard, HasAHiddenWindowInstead) {
+    ASSERT_NE(app.window(), nullptr);
+    EXPECT_EQ(IsWindowVisible(app.window()), FALSE);
+}
+
+TEST_F(AppWithoutKeyboard, EndsBehindThePassThatSeesTheQuitMessage) {
+    auto page = std::make_unique<ProbePage>("main", &app, &log);
+    int drawn = 0;
+    page->onDraw = [&drawn](const LcdButtons& buttons) {
+        EXPECT_EQ(std::count(buttons.pressed.begin(), buttons.pressed.end(), true), 0);
+        EXPECT_EQ(std::count(buttons.held.begin(), buttons.held.end(), true), 0);
+        if (++drawn == 3) {
+            PostQuitMessage(0);
+        }
+    };
+    app.SetMainPage(std::move(page));
+    app.Run();
+    EXPECT_EQ(drawn, 4);
+}
+
+TEST_F(AppWithoutKeyboard, StopsPumpingAtTheQuitMessage) {
+    auto page = std::make_unique<ProbePage>("main", &app, &log);
+    app.SetMainPage(std::move(page));
+    PostThreadMessageW(GetCurrentThreadId(), WM_QUIT, 0, 0);
+    PostThreadMessageW(GetCurrentThreadId(), WM_APP + 1, 0, 0);
+    app.Run();
+    MSG message;
+    EXPECT_NE(PeekMessageW(&message, nullptr, WM_APP + 1, WM_APP + 1, PM_REMOVE), FALSE);
+}
+
+TEST_F(AppWithoutKeyboard, CommandsFromTheWindowReachTheApplicationAndTheirErrorsLeaveTheLoop) {
+    app.SetMainPage(std::make_unique<ProbePage>("main", &app, &log));
+    app.onCommand = [](std::uint32_t) { throw SysException(L"from a command", L"Test"); };
+    PostMessageW(app.window(), WM_COMMAND, 0x8004, 0);
+    try {
+        app.Run();
+        FAIL() << "nothing was thrown";
+    } catch (const SysException& error) {
+        EXPECT_EQ(error.message, L"from a command");
+    }
+    EXPECT_THAT(app.commands, ElementsAre(0x8004U));
+}
+
+}  // namespace

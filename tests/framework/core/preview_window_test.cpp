@@ -1,0 +1,466 @@
+#include "framework/core/preview_window.h"
+
+#include <windows.h>
+
+#include <shellapi.h>
+
+#include <gmock/gmock.h>
+
+#include <atomic>
+#include <functional>
+#include <memory>
+#include <optional>
+#include <stdexcept>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include "framework/core/app.h"
+#include "framework/core/command_codes.h"
+#include "framework/core/preview_placement.h"
+#include "framework/drawing/sys_exception.h"
+#include "tests/framework/core/probe_app.h"
+#include "tests/support/desktop_driver.h"
+#include "tests/support/registry_override.h"
+
+namespace {
+
+using testing::ElementsAre;
+
+constexpr wchar_t kClassName[] = L"PanelixWindow";
+
+HINSTANCE thisModule() {
+    return GetModuleHandleW(nullptr);
+}
+
+std::unique_ptr<Panelix::PreviewWindow> makeWindow() {
+    return std::make_unique<Panelix::PreviewWindow>(thisModule(), L"Probe", IDI_APPLICATION);
+}
+
+bool isVisible(HWND window) {
+    return IsWindowVisible(window) != FALSE;
+}
+
+bool hasTrayIcon(HWND window) {
+    NOTIFYICONDATAW record{};
+    record.cbSize = sizeof(record);
+    record.hWnd = window;
+    record.uID = 1;
+    return Shell_NotifyIconW(NIM_MODIFY, &record) != FALSE;
+}
+
+/// Dispatches what is queued; true when the quit message was among it.
+bool pump() {
+    MSG message;
+    bool quit = false;
+    while (PeekMessageW(&message, nullptr, 0, 0, PM_REMOVE) != FALSE) {
+        quit = quit || message.message == WM_QUIT;
+        TranslateMessage(&message);
+        DispatchMessageW(&message);
+    }
+    return quit;
+}
+
+/// Dispatches messages while `user` runs on another thread. True when the quit message came.
+bool pumpWhile(const std::function<void()>& user) {
+    std::atomic<bool> done = false;
+    std::thread thread([&] {
+        user();
+        done = true;
+    });
+    bool quit = false;
+    while (!done) {
+        quit = pump() || quit;
+        Sleep(5);
+    }
+    thread.join();
+    return pump() || quit;
+}
+
+POINT clientCentre(HWND window) {
+    RECT client{};
+    GetClientRect(window, &client);
+    POINT centre{client.right / 2, client.bottom / 2};
+    ClientToScreen(window, &centre);
+    return centre;
+}
+
+LRESULT hitTest(HWND window, POINT point) {
+    return SendMessageW(window, WM_NCHITTEST, 0, MAKELPARAM(point.x, point.y));
+}
+
+/// A preview window that takes its window with it.
+class PreviewWindow : public testing::Test {
+protected:
+    ~PreviewWindow() override {
+        if (window && window->handle() != nullptr) {
+            DestroyWindow(window->handle());
+        }
+        pump();
+    }
+
+    std::unique_ptr<Panelix::PreviewWindow> window = makeWindow();
+};
+
+TEST_F(PreviewWindow, IsCreatedHiddenAtTheBottomRightOfTheWorkArea) {
+    const HWND handle = window->handle();
+    EXPECT_EQ(findWindow(GetCurrentProcessId(), kClassName), handle);
+    EXPECT_FALSE(isVisible(handle));
+    EXPECT_EQ(textOf(handle), L"Probe");
+
+    RECT workArea{};
+    SystemParametersInfoW(SPI_GETWORKAREA, 0, &workArea, 0);
+    const LONG captionHeight = GetSystemMetrics(SM_CYSMCAPTION);
+    const RECT place = rectOf(handle);
+    EXPECT_EQ(place.left, workArea.right - 328);
+    EXPECT_EQ(place.top, workArea.bottom - captionHeight - 248);
+    EXPECT_EQ(place.right - place.left, 336);
+    EXPECT_EQ(place.bottom - place.top, captionHeight + 256);
+}
+
+TEST_F(PreviewWindow, IsATopmostToolWindowWithCaptionAndSystemMenu) {
+    const HWND handle = window->handle();
+    // The window manager adds WS_CLIPSIBLINGS and WS_EX_WINDOWEDGE.
+    EXPECT_EQ(styleOf(handle) & ~DWORD{WS_CLIPSIBLINGS}, 0x80C80000U);
+    EXPECT_EQ(extendedStyleOf(handle) & ~DWORD{WS_EX_WINDOWEDGE}, 0x88U);
+    EXPECT_EQ(GetMenu(handle), nullptr);
+    EXPECT_EQ(GetWindow(handle, GW_OWNER), nullptr);
+    EXPECT_EQ(GetParent(handle), nullptr);
+}
+
+TEST_F(PreviewWindow, ItsClassRedrawsOnResizeAndHasArrowAndWindowColour) {
+    WNDCLASSEXW facts{};
+    facts.cbSize = sizeof(facts);
+    ASSERT_NE(GetClassInfoExW(thisModule(), kClassName, &facts), FALSE);
+    EXPECT_EQ(facts.style, DWORD{CS_HREDRAW | CS_VREDRAW});
+    EXPECT_EQ(facts.cbClsExtra, 0);
+    EXPECT_EQ(facts.cbWndExtra, 0);
+    EXPECT_EQ(facts.hCursor, LoadCursorW(nullptr, IDC_ARROW));
+    EXPECT_EQ(facts.hbrBackground, reinterpret_cast<HBRUSH>(std::intptr_t{6}));
+    EXPECT_EQ(facts.lpszMenuName, nullptr);
+    EXPECT_EQ(facts.hIcon, facts.hIconSm);
+}
+
+TEST_F(PreviewWindow, HasATrayIconUntilItIsDestroyed) {
+    const HWND handle = window->handle();
+    EXPECT_TRUE(hasTrayIcon(handle));
+    DestroyWindow(handle);
+    EXPECT_FALSE(hasTrayIcon(handle));
+    EXPECT_EQ(window->handle(), nullptr);
+    EXPECT_TRUE(pump()) << "the loop is told to end";
+}
+
+TEST_F(PreviewWindow, BringsTheTrayIconBackWhenTheTaskbarIsStartedAnew) {
+    NOTIFYICONDATAW record = Panelix::trayRecord(sizeof(record), window->handle(), L"");
+    ASSERT_NE(Shell_NotifyIconW(NIM_DELETE, &record), FALSE);
+    SendMessageW(window->handle(), RegisterWindowMessageW(L"TaskbarCreated"), 0, 0);
+    EXPECT_TRUE(hasTrayIcon(window->handle()));
+}
+
+TEST_F(PreviewWindow, TheCloseBoxHidesIt) {
+    for (const UINT message : {UINT{WM_CLOSE}, UINT{WM_SYSCOMMAND}}) {
+        ShowWindow(window->handle(), SW_RESTORE);
+        ASSERT_TRUE(isVisible(window->handle()));
+        EXPECT_EQ(SendMessageW(window->handle(), message, SC_CLOSE, 0), 0);
+        EXPECT_NE(IsWindow(window->handle()), FALSE);
+        EXPECT_FALSE(isVisible(window->handle()));
+    }
+    EXPECT_TRUE(hasTrayIcon(window->handle()));
+    EXPECT_FALSE(pump()) << "the program goes on";
+}
+
+TEST_F(PreviewWindow, ItsPictureCountsAsCaptionAndItsFrameAsItIs) {
+    const HWND handle = window->handle();
+    ShowWindow(handle, SW_RESTORE);
+    const RECT place = rectOf(handle);
+    const LONG captionMiddle = place.top + GetSystemMetrics(SM_CYSMCAPTION) / 2 + 2;
+    EXPECT_EQ(hitTest(handle, clientCentre(handle)), HTCAPTION);
+    EXPECT_EQ(hitTest(handle, {place.left + 60, captionMiddle}), HTCAPTION);
+    EXPECT_EQ(hitTest(handle, {place.right - 12, captionMiddle}), HTCLOSE);
+    EXPECT_EQ(hitTest(handle, {place.left - 20, place.top - 20}), HTNOWHERE);
+}
+
+TEST_F(PreviewWindow, IsDraggedByItsPicture) {
+    const HWND handle = window->handle();
+    ShowWindow(handle, SW_RESTORE);
+    const RECT before = rectOf(handle);
+    const POINT grip = clientCentre(handle);
+    pumpWhile([&] { dragFromTo(grip, {grip.x - 100, grip.y - 60}); });
+    const RECT after = rectOf(handle);
+    EXPECT_EQ(after.left, before.left - 100);
+    EXPECT_EQ(after.top, before.top - 60);
+}
+
+TEST_F(PreviewWindow, ShowHideAndOkCommandsSetItsVisibility) {
+    const HWND handle = window->handle();
+    struct Case {
+        WPARAM command;
+        bool visible;
+    };
+    for (const Case& c : {
+             Case{0x8001, true},
+             Case{0x8001, true},
+             Case{0x8002, false},
+             Case{0x8002, false},
+             Case{0x8001, true},
+             Case{IDOK, false},
+             // Only the low word is the command: this one is of an accelerator key.
+             Case{MAKEWPARAM(0x8001, 1), true},
+             Case{IDCANCEL, true},
+         }) {
+        EXPECT_EQ(SendMessageW(handle, WM_COMMAND, c.command, 0), 0);
+        EXPECT_EQ(isVisible(handle), c.visible) << std::hex << c.command;
+    }
+}
+
+TEST_F(PreviewWindow, ExitDestroysItAndEndsTheLoop) {
+    const HWND handle = window->handle();
+    EXPECT_EQ(SendMessageW(handle, WM_COMMAND, Panelix::kCommandExit, 0), 0);
+    EXPECT_EQ(IsWindow(handle), FALSE);
+    EXPECT_EQ(window->handle(), nullptr);
+    EXPECT_TRUE(pump());
+}
+
+TEST_F(PreviewWindow, ADoubleClickOnTheTrayIconTogglesItAndOtherNoticesDoNothing) {
+    const HWND handle = window->handle();
+    const auto notify = [handle](LPARAM notice) { return SendMessageW(handle, WM_APP, 1, notice); };
+    EXPECT_EQ(notify(WM_LBUTTONDBLCLK), 0);
+    EXPECT_TRUE(isVisible(handle));
+    for (const LPARAM notice : {WM_MOUSEMOVE, WM_LBUTTONDOWN, WM_LBUTTONUP, WM_RBUTTONUP, WM_RBUTTONDBLCLK}) {
+        EXPECT_EQ(notify(notice), 0);
+        EXPECT_TRUE(isVisible(handle));
+        EXPECT_EQ(openMenu(GetCurrentProcessId()), nullptr);
+    }
+    EXPECT_EQ(notify(WM_LBUTTONDBLCLK), 0);
+    EXPECT_FALSE(isVisible(handle));
+}
+
+TEST_F(PreviewWindow, TheTrayMenuOffersShowWhileHiddenAndHideWhileShown) {
+    const HWND handle = window->handle();
+    for (const bool visible : {false, true}) {
+        ShowWindow(handle, visible ? SW_RESTORE : SW_HIDE);
+        for (const UINT notice : {UINT{WM_RBUTTONDOWN}, UINT{WM_CONTEXTMENU}}) {
+            std::vector<MenuItem> items;
+            pumpWhile([&] {
+                const HWND menu = openTrayMenu(handle, notice);
+                items = menuItems(menu);
+                EXPECT_TRUE(dismissMenu(handle));
+            });
+            const MenuItem first = visible ? MenuItem{L"Hide", 0x8002} : MenuItem{L"Show", 0x8001};
+            EXPECT_THAT(items,
+                        ElementsAre(first,
+                                    MenuItem{L"About", 0x8004},
+                                    MenuItem{L"Settings", 0x8005},
+                                    MenuItem{L"Exit", 0x8003}));
+            EXPECT_EQ(isVisible(handle), visible) << "nothing was chosen";
+        }
+    }
+}
+
+TEST_F(PreviewWindow, TheTrayMenuOpensAboveTheMouseAndBringsTheWindowToTheForeground) {
+    const HWND handle = window->handle();
+    ShowWindow(handle, SW_RESTORE);
+    SetCursorPos(400, 500);
+    RECT place{};
+    HWND foreground = nullptr;
+    pumpWhile([&] {
+        const HWND menu = openTrayMenu(handle);
+        place = rectOf(menu);
+        foreground = GetForegroundWindow();
+        EXPECT_TRUE(dismissMenu(handle));
+    });
+    EXPECT_EQ(place.left, 400);
+    EXPECT_EQ(place.bottom, 500);
+    EXPECT_EQ(foreground, handle);
+}
+
+TEST_F(PreviewWindow, ChosenMenuItemsShowHideAndExit) {
+    const HWND handle = window->handle();
+    const auto choose = [handle](std::size_t position) {
+        return pumpWhile([&] {
+            openTrayMenu(handle);
+            EXPECT_TRUE(chooseMenuItem(handle, position));
+        });
+    };
+    EXPECT_FALSE(choose(0));
+    EXPECT_TRUE(isVisible(handle));
+    EXPECT_FALSE(choose(0));
+    EXPECT_FALSE(isVisible(handle));
+    EXPECT_TRUE(choose(3));
+    EXPECT_EQ(IsWindow(handle), FALSE);
+}
+
+TEST_F(PreviewWindow, WithoutApplicationPaintsNothingAndIsSatisfied) {
+    ShowWindow(window->handle(), SW_RESTORE);
+    pump();
+    window->invalidate();
+    EXPECT_NE(GetUpdateRect(window->handle(), nullptr, FALSE), FALSE);
+    pump();
+    EXPECT_EQ(GetUpdateRect(window->handle(), nullptr, FALSE), FALSE);
+}
+
+TEST_F(PreviewWindow, OnceDestroyedInvalidatesNoOtherWindow) {
+    const HWND other = CreateWindowExW(WS_EX_TOPMOST,
+                                       L"Static",
+                                       L"other",
+                                       WS_POPUP | WS_VISIBLE,
+                                       10,
+                                       10,
+                                       50,
+                                       50,
+                                       nullptr,
+                                       nullptr,
+                                       nullptr,
+                                       nullptr);
+    DestroyWindow(window->handle());
+    pump();
+    ValidateRect(other, nullptr);
+    window->invalidate();
+    EXPECT_EQ(GetUpdateRect(other, nullptr, FALSE), FALSE);
+    DestroyWindow(other);
+}
+
+TEST_F(PreviewWindow, LeavesWindowAndIconBehindAnsweringNothing) {
+    const HWND handle = window->handle();
+    window.reset();
+    EXPECT_NE(IsWindow(handle), FALSE);
+    EXPECT_TRUE(hasTrayIcon(handle));
+    SendMessageW(handle, WM_COMMAND, Panelix::kCommandShow, 0);
+    SendMessageW(handle, WM_APP, 1, WM_LBUTTONDBLCLK);
+    EXPECT_FALSE(isVisible(handle));
+    ShowWindow(handle, SW_RESTORE);
+    EXPECT_EQ(hitTest(handle, clientCentre(handle)), HTCLIENT);
+    DestroyWindow(handle);
+    EXPECT_FALSE(pump());
+    // The class could not go before its window.
+    EXPECT_NE(UnregisterClassW(kClassName, thisModule()), FALSE);
+}
+
+TEST(PreviewWindowCreation, CanBeMadeAgainOnceItIsGone) {
+    for (int round = 0; round < 3; ++round) {
+        const auto window = makeWindow();
+        ASSERT_NE(window->handle(), nullptr);
+        DestroyWindow(window->handle());
+        EXPECT_TRUE(pump());
+    }
+}
+
+std::optional<std::wstring> creationError() {
+    try {
+        DestroyWindow(makeWindow()->handle());
+        return std::nullopt;
+    } catch (const Panelix::SysException& error) {
+        return error.title + L": " + error.message;
+    }
+}
+
+TEST(PreviewWindowCreation, ThrowsWhenItsClassIsTaken) {
+    WNDCLASSEXW taken{};
+    taken.cbSize = sizeof(taken);
+    taken.lpfnWndProc = DefWindowProcW;
+    taken.hInstance = thisModule();
+    taken.lpszClassName = kClassName;
+    ASSERT_NE(RegisterClassExW(&taken), 0);
+    EXPECT_EQ(creationError(), L"Panelix Window System: Cannot create main ATOM");
+    EXPECT_NE(UnregisterClassW(kClassName, thisModule()), FALSE) << "the other's class is left alone";
+}
+
+/// Refuses the creation of every window, as another program's hook may.
+LRESULT CALLBACK refuseCreation(int code, WPARAM wParam, LPARAM lParam) noexcept {
+    return code == HCBT_CREATEWND ? 1 : CallNextHookEx(nullptr, code, wParam, lParam);
+}
+
+TEST(PreviewWindowCreation, ThrowsWhenTheWindowIsRefusedAndLeavesNothing) {
+    const HHOOK hook = SetWindowsHookExW(WH_CBT, refuseCreation, nullptr, GetCurrentThreadId());
+    ASSERT_NE(hook, nullptr);
+    const std::optional<std::wstring> error = creationError();
+    UnhookWindowsHookEx(hook);
+    EXPECT_EQ(error, L"Panelix Window System: Cannot create main window");
+    EXPECT_EQ(creationError(), std::nullopt) << "the class is free again";
+}
+
+/// An application in desktop mode: no LCD library is registered.
+class PreviewWindowOfAnApp : public testing::Test {
+protected:
+    ~PreviewWindowOfAnApp() override {
+        if (app.window() != nullptr) {
+            DestroyWindow(app.window());
+        }
+        pump();
+    }
+
+    RegistryOverride registry;
+    ProbeApp app;
+    CallLog log;
+};
+
+TEST_F(PreviewWindowOfAnApp, HandsCommandsFromAboutOnToTheApplication) {
+    ASSERT_NE(app.window(), nullptr);
+    for (const WPARAM code : {0x8004U, 0x8005U, 0x8006U, 0xFFFFU, 0x8001U, 0x8002U, 1U, 2U, 0x8000U}) {
+        EXPECT_EQ(SendMessageW(app.window(), WM_COMMAND, code, 0), 0);
+    }
+    EXPECT_EQ(SendMessageW(app.window(), WM_COMMAND, MAKEWPARAM(0x8004, 1), 0), 0);
+    EXPECT_THAT(app.commands, ElementsAre(0x8004U, 0x8005U, 0x8006U, 0xFFFFU, 0x8004U));
+}
+
+TEST_F(PreviewWindowOfAnApp, MenuItemsReachTheApplication) {
+    for (const std::size_t position : {std::size_t{1}, std::size_t{2}}) {
+        pumpWhile([&] {
+            openTrayMenu(app.window());
+            EXPECT_TRUE(chooseMenuItem(app.window(), position));
+        });
+    }
+    EXPECT_THAT(app.commands, ElementsAre(Panelix::kCommandAbout, Panelix::kCommandSettings));
+}
+
+TEST_F(PreviewWindowOfAnApp, WhatACommandThrowsComesOutOfTheLoop) {
+    auto page = std::make_unique<ProbePage>("main", &app, &log);
+    app.SetMainPage(std::move(page));
+    app.onCommand = [](std::uint32_t) { throw std::runtime_error("from a command"); };
+    PostMessageW(app.window(), WM_COMMAND, Panelix::kCommandAbout, 0);
+    try {
+        app.Run();
+        FAIL() << "nothing was thrown";
+    } catch (const std::runtime_error& error) {
+        EXPECT_STREQ(error.what(), "from a command");
+    }
+}
+
+TEST_F(PreviewWindowOfAnApp, ShowsTheComposedPictureOnTheWindowColour) {
+    constexpr std::uint32_t kPageColour = 0x00336699;
+    auto page = std::make_unique<ProbePage>("main", &app, &log, Gdiplus::Color(255, 0x33, 0x66, 0x99));
+    int passes = 0;
+    page->onUpdate = [&](const Panelix::LcdButtons&) {
+        if (++passes == 1) {
+            ShowWindow(app.window(), SW_RESTORE);
+        }
+        return passes < 5;
+    };
+    app.SetMainPage(std::move(page));
+    app.Run();
+
+    ScreenPicture picture{};
+    pumpWhile([&] {
+        // What was painted reaches the screen a little later.
+        waitFor([&] {
+            picture = captureClient(app.window());
+            return !picture.pixels.empty() && picture.pixels.front() == kPageColour;
+        });
+    });
+    ASSERT_GE(picture.width, 320);
+    ASSERT_GE(picture.height, 240);
+    int wrongInside = 0;
+    int wrongOutside = 0;
+    for (int y = 0; y < picture.height; ++y) {
+        for (int x = 0; x < picture.width; ++x) {
+            const std::uint32_t pixel = picture.pixels[static_cast<std::size_t>(y * picture.width + x)];
+            const bool inside = x < 320 && y < 240;
+            wrongInside += inside && pixel != kPageColour ? 1 : 0;
+            wrongOutside += !inside && pixel != 0x00FFFFFF ? 1 : 0;
+        }
+    }
+    EXPECT_EQ(wrongInside, 0);
+    EXPECT_EQ(wrongOutside, 0);
+}
+
+}  // namespace
