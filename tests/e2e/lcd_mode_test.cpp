@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "tests/e2e/kelvaro_on_keyboard.h"
+#include "tests/support/desktop_driver.h"
 
 namespace {
 
@@ -113,17 +114,11 @@ TEST_F(KelvaroOnTheKeyboard, ASecondStartIsRefusedAndLeavesTheFirstAlone) {
     const ChildProcess first(kKelvaroProgram);
     ASSERT_TRUE(waitForPasses(3));
     const ChildProcess second(kKelvaroProgram);
-    HWND box = nullptr;
-    ASSERT_TRUE(waitUntil([&] { return (box = FindWindowW(L"#32770", L"Kelvaro Error")) != nullptr; }, 20s));
-    // Another process's control gives its text only by message.
-    std::wstring text;
-    for (HWND child = nullptr; (child = FindWindowExW(box, child, L"Static", nullptr)) != nullptr;) {
-        wchar_t part[100] = L"";
-        SendMessageW(child, WM_GETTEXT, 100, reinterpret_cast<LPARAM>(part));
-        text += part;
-    }
-    EXPECT_EQ(text, L"Kelvaro is already running!");
-    PostMessageW(box, WM_COMMAND, IDOK, 0);
+    const MessageBoxFacts box = waitForMessageBox(second.id());
+    ASSERT_NE(box.window, nullptr);
+    EXPECT_EQ(box.caption, L"Kelvaro Error");
+    EXPECT_EQ(box.text, L"Kelvaro is already running!");
+    pressButton(box.window, IDOK);
     EXPECT_EQ(second.waitForExit(), DWORD{1});
     EXPECT_TRUE(first.isRunning());
     ASSERT_TRUE(waitForPasses(keyboard.passCount() + 3));
