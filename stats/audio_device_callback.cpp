@@ -29,7 +29,8 @@ float channelVolume(const AUDIO_VOLUME_NOTIFICATION_DATA& data, UINT channel) no
 Microsoft::WRL::ComPtr<AudioDeviceCallback> AudioDeviceCallback::create(SystemInfo& owner,
                                                                         AudioEndpoint endpoint) noexcept {
     Microsoft::WRL::ComPtr<AudioDeviceCallback> callback;
-    callback.Attach(new (std::nothrow) AudioDeviceCallback(owner, endpoint));
+    // Attach() of MinGW's ComPtr adds a reference, though it takes one over.
+    *callback.GetAddressOf() = new (std::nothrow) AudioDeviceCallback(owner, endpoint);
     return callback;
 }
 

@@ -59,9 +59,7 @@ ComPtr<IMMDevice> defaultDevice(IMMDeviceEnumerator* enumerator, EDataFlow flow)
 ComPtr<IAudioEndpointVolume> activateVolume(IMMDevice* device) {
     ComPtr<IAudioEndpointVolume> volume;
     if (device != nullptr) {
-        void* activated = nullptr;
-        device->Activate(__uuidof(IAudioEndpointVolume), CLSCTX_ALL, nullptr, &activated);
-        volume.Attach(static_cast<IAudioEndpointVolume*>(activated));
+        device->Activate(__uuidof(IAudioEndpointVolume), CLSCTX_ALL, nullptr, IID_PPV_ARGS_Helper(&volume));
     }
     return volume;
 }

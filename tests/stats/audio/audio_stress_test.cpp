@@ -1,0 +1,108 @@
+#include "stats/system_info.h"
+
+#include <gtest/gtest.h>
+
+#include "tests/stats/audio/with_audio.h"
+
+namespace {
+
+using Standins::AudioFlow;
+using Standins::CallbackEvent;
+
+constexpr std::uint32_t kFloodThreads = 4;
+constexpr int kSwitches = 1000;
+
+struct Choice {
+    const wchar_t* id;
+    AudioSnapshot snapshot;
+};
+
+const Choice kChoices[] = {{L"id-headphones", kHeadphonesSnapshot},
+                           {L"id-monitor", kMonitorSnapshot},
+                           {L"id-speakers", kSpeakersSnapshot}};
+
+class AudioStress : public WithAudio {
+protected:
+    AudioStress() { addDevices(); }
+};
+
+// Every device keeps saying its own levels. A notice of a former default device that still got through would
+// show as that device's levels.
+TEST_F(AudioStress, ThousandSwitchesUnderFourFloodingThreads) {
+    auto info = std::make_unique<SystemInfo>();
+    ASSERT_TRUE(audio.setFlood(kFloodThreads));
+    for (int i = 0; i < kSwitches; ++i) {
+        const Choice& choice = kChoices[static_cast<std::size_t>(i) % std::size(kChoices)];
+        info->setDefaultDevice(choice.id);
+        ASSERT_EQ(AudioSnapshot::of(*info), choice.snapshot) << "switch " << i;
+    }
+    const std::uint64_t delivered = audio.noticesDelivered();
+    EXPECT_GT(delivered, static_cast<std::uint64_t>(kSwitches)) << "that was no flood";
+    RecordProperty("notices", std::to_string(delivered));
+
+    // What changes afterwards is not lost.
+    ASSERT_TRUE(audio.setFlood(0));
+    audio.setLevels(*audio.defaultDevice(AudioFlow::Render), {{0.77F, 0.66F}, 0.77F, true});
+    info->toggleMicrophoneMute();
+    ASSERT_TRUE(audio.settle());
+    EXPECT_EQ(AudioSnapshot::of(*info), (AudioSnapshot{77, 66, 77, true, true}));
+
+    expectNothingLeft(info);
+    EXPECT_EQ(audio.callbackEvents(CallbackEvent::Registered), 2U * (kSwitches + 1));
+    EXPECT_EQ(audio.callbackEvents(CallbackEvent::Abandoned), 0U);
+}
+
+TEST_F(AudioStress, SamplerEndsUnderFlood) {
+    constexpr int kSamplers = 100;
+    ASSERT_NE(audio.defaultDevice(AudioFlow::Render), std::nullopt);
+    auto first = std::make_unique<SystemInfo>();
+    ASSERT_TRUE(audio.setFlood(kFloodThreads));
+    for (int i = 0; i < kSamplers; ++i) {
+        auto info = std::make_unique<SystemInfo>();
+        info->setDefaultDevice(kChoices[static_cast<std::size_t>(i) % std::size(kChoices)].id);
+        info.reset();
+    }
+    first.reset();
+    ASSERT_TRUE(audio.setFlood(0));
+    expectNothingLeft(first);
+    EXPECT_EQ(audio.callbackEvents(CallbackEvent::Registered), 2U * (2 * kSamplers + 1));
+    EXPECT_EQ(audio.callbackEvents(CallbackEvent::Abandoned), 0U);
+}
+
+// Callbacks whose registration has ended are called on and on, and each is freed in the end.
+TEST_F(AudioStress, LateNoticesFloodFormerCallbacks) {
+    constexpr int kRebindings = 100;
+    audio.setKeepsCallbacks(true);
+    auto info = std::make_unique<SystemInfo>();
+    ASSERT_TRUE(audio.setFlood(kFloodThreads));
+    for (int i = 0; i < kRebindings; ++i) {
+        const Choice& choice = kChoices[static_cast<std::size_t>(i) % std::size(kChoices)];
+        info->setDefaultDevice(choice.id);
+        ASSERT_EQ(AudioSnapshot::of(*info), choice.snapshot) << "switch " << i;
+    }
+    info.reset();
+    const std::uint64_t before = audio.noticesDelivered();
+    Sleep(100);
+    EXPECT_GT(audio.noticesDelivered(), before) << "nobody was late";
+    ASSERT_TRUE(audio.setFlood(0));
+    ASSERT_TRUE(audio.dropKeptCallbacks());
+    expectNothingLeft(info);
+    EXPECT_EQ(audio.callbackEvents(CallbackEvent::Freed), 2U * (kRebindings + 1));
+}
+
+// Changes that come while the sampler binds are in the snapshot when it has bound, or come with their notice.
+TEST_F(AudioStress, ChangesDuringBindingAreNotLost) {
+    SystemInfo info;
+    for (int i = 0; i < kSwitches; ++i) {
+        const int percent = i % 101;
+        const float volume = static_cast<float>(percent) / 100.0F + 0.002F;
+        audio.setLevels(kSpeakers, {{volume, volume}, volume, false});
+        info.bindAudio();
+        ASSERT_TRUE(audio.settle());
+        const int expected = percent;
+        ASSERT_EQ(AudioSnapshot::of(info), (AudioSnapshot{expected, expected, expected, false, false}))
+            << "change " << i;
+    }
+}
+
+}  // namespace
