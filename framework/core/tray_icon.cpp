@@ -15,6 +15,7 @@ namespace Panelix {
 namespace {
 
 constexpr UINT kTrayIconId = 1;
+constexpr UINT kFlags = NIF_MESSAGE | NIF_ICON | NIF_TIP;
 
 static_assert(sizeof(NOTIFYICONDATAW) == kTrayRecordBytes);
 static_assert(offsetof(NOTIFYICONDATAW, guidItem) == kOldTrayRecordBytes);
@@ -40,21 +41,27 @@ std::uint64_t shellVersion() {
 
 }  // namespace
 
+NOTIFYICONDATAW trayRecord(DWORD bytes, HWND window, const std::wstring& tip) {
+    NOTIFYICONDATAW record{};
+    record.cbSize = bytes;
+    record.hWnd = window;
+    record.uID = kTrayIconId;
+    record.uFlags = kFlags;
+    record.uCallbackMessage = kTrayIconMessage;
+    // The rest of the zero-filled field ends the text.
+    std::copy_n(tip.data(), std::min(tip.size(), std::size(record.szTip) - 1), record.szTip);
+    return record;
+}
+
 void TrayIcon::add(HINSTANCE instance, LPCWSTR icon, HWND window, const std::wstring& tip) {
     instance_ = instance;
     icon_ = icon;
-    data_ = {};
-    data_.cbSize = trayRecordBytes(shellVersion());
-    data_.uID = kTrayIconId;
-    data_.hWnd = window;
-    data_.uCallbackMessage = kTrayIconMessage;
-    // The rest of the zero-filled field ends the text.
-    std::copy_n(tip.data(), std::min(tip.size(), std::size(data_.szTip) - 1), data_.szTip);
+    data_ = trayRecord(trayRecordBytes(shellVersion()), window, tip);
     restore();
 }
 
 void TrayIcon::restore() {
-    data_.uFlags = NIF_MESSAGE | NIF_ICON | NIF_TIP;
+    data_.uFlags = kFlags;
     data_.hIcon = static_cast<HICON>(LoadImageW(
         instance_, icon_, IMAGE_ICON, GetSystemMetrics(SM_CXSMICON), GetSystemMetrics(SM_CYSMICON), 0));
     Shell_NotifyIconW(NIM_ADD, &data_);

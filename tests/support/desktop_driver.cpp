@@ -250,11 +250,14 @@ std::vector<MenuItem> menuItems(HWND menuWindow) {
     return items;
 }
 
-ScreenPicture captureScreen(const RECT& rect) {
-    ScreenPicture picture{rect.right - rect.left, rect.bottom - rect.top, {}};
-    if (picture.width <= 0 || picture.height <= 0) {
-        return picture;
+ScreenPicture captureScreen(const RECT& wanted) {
+    // Reading beyond the edge of the screen gives no picture at all.
+    const RECT all{0, 0, GetSystemMetrics(SM_CXSCREEN), GetSystemMetrics(SM_CYSCREEN)};
+    RECT rect{};
+    if (IntersectRect(&rect, &wanted, &all) == FALSE) {
+        return {};
     }
+    ScreenPicture picture{rect.right - rect.left, rect.bottom - rect.top, {}};
     picture.pixels.resize(static_cast<std::size_t>(picture.width) * static_cast<std::size_t>(picture.height));
     const HDC screen = GetDC(nullptr);
     const HDC memory = CreateCompatibleDC(screen);

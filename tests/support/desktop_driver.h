@@ -99,8 +99,8 @@ struct ScreenPicture {
     bool operator==(const ScreenPicture&) const = default;
 };
 
-ScreenPicture captureScreen(const RECT& rect);
-/// What the window shows inside its frame.
+/// The part of the rectangle, and of what a window shows inside its frame, that is on the screen.
+ScreenPicture captureScreen(const RECT& wanted);
 ScreenPicture captureClient(HWND window);
 
 /// Moves the mouse and presses, drags and releases its left button.
