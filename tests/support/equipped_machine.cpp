@@ -1,0 +1,50 @@
+#include "tests/support/equipped_machine.h"
+
+#include <windows.h>
+
+#include <gtest/gtest.h>
+
+#include "framework/core/unique_resource.h"
+#include "standins/core_audio/loaded_core_audio.h"
+#include "standins/vendor_libraries.h"
+
+namespace {
+
+using Standins::VendorLibrary;
+
+std::wstring driverPath() {
+    wchar_t folder[MAX_PATH] = L"";
+    GetSystemDirectoryW(folder, MAX_PATH);
+    return std::wstring(folder) + L"\\nvapi64.dll";
+}
+
+void copyTo(const std::wstring& from, const std::wstring& to) {
+    EXPECT_NE(CopyFileW(from.c_str(), to.c_str(), FALSE), FALSE) << "error " << GetLastError();
+}
+
+/// Calls DllRegisterServer or DllUnregisterServer of the sound system's stand-in.
+bool callAudioServer(const char* function) {
+    const Panelix::UniqueModule server(LoadLibraryW(Standins::coreAudioPath().c_str()));
+    if (!server) {
+        return false;
+    }
+    using Registration = HRESULT STDAPICALLTYPE();
+    auto* const call =
+        reinterpret_cast<Registration*>(reinterpret_cast<void*>(GetProcAddress(server.get(), function)));
+    return call != nullptr && SUCCEEDED(call());
+}
+
+}  // namespace
+
+EquippedMachine::EquippedMachine(const std::wstring& program) {
+    copyTo(program, folder_.path() + L"\\Kelvaro.exe");
+    copyTo(Standins::vendorLibraryPath(VendorLibrary::CoreTemp), folder_.path() + L"\\GetCoreTempInfo.dll");
+    copyTo(Standins::vendorLibraryPath(VendorLibrary::Xinput), folder_.path() + L"\\XINPUT1_4.dll");
+    copyTo(Standins::vendorLibraryPath(VendorLibrary::Nvapi), driverPath());
+    EXPECT_TRUE(callAudioServer("DllRegisterServer"));
+}
+
+EquippedMachine::~EquippedMachine() {
+    EXPECT_TRUE(callAudioServer("DllUnregisterServer"));
+    EXPECT_NE(DeleteFileW(driverPath().c_str()), FALSE) << "error " << GetLastError();
+}
