@@ -1,0 +1,216 @@
+#include "framework/drawing/screenshot.h"
+
+#include <windows.h>
+
+#include <gdiplus.h>
+
+#include <gtest/gtest.h>
+
+#include <ctime>
+#include <filesystem>
+#include <fstream>
+#include <string>
+#include <vector>
+
+#include "framework/drawing/canvas.h"
+#include "framework/drawing/screenshot_name.h"
+#include "tests/framework/drawing/drawing_fixture.h"
+#include "tests/support/message_box_watcher.h"
+#include "tests/support/registry_override.h"
+#include "tests/support/temporary_folder.h"
+
+using Panelix::Canvas;
+using Panelix::findEncoderClsid;
+using Panelix::kLcdHeight;
+using Panelix::kLcdWidth;
+using Panelix::screenshotTimeText;
+using Panelix::TransitionKind;
+
+namespace {
+
+constexpr CLSID kUntouched{1, 2, 3, {4, 5, 6, 7, 8, 9, 10, 11}};
+constexpr CLSID kBmpEncoder{0x557CF400, 0x1A04, 0x11D3, {0x9A, 0x73, 0x00, 0x00, 0xF8, 0x1E, 0xF3, 0x2E}};
+
+/// The user's Documents folder is a folder of the test's own.
+class Screenshot : public DrawingTest {
+protected:
+    void SetUp() override { setDocuments(folder_.path()); }
+
+    static void setDocuments(const std::wstring& path) {
+        const std::wstring explorer = L"Software\\Microsoft\\Windows\\CurrentVersion\\Explorer\\";
+        RegistryOverride::setText(HKEY_CURRENT_USER, explorer + L"Shell Folders", L"Personal", path);
+        RegistryOverride::setText(HKEY_CURRENT_USER, explorer + L"User Shell Folders", L"Personal", path);
+    }
+
+    void compose(Screen& page) {
+        canvas_.composePages(&page.bitmap, nullptr, 0.0F, TransitionKind::SlideFromBottom);
+    }
+
+    Picture pictureIn(const std::wstring& file) const {
+        Gdiplus::Bitmap bitmap((folder_.path() + L"\\" + file).c_str());
+        return readPicture(bitmap);
+    }
+
+    RegistryOverride registry_;
+    TemporaryFolder folder_;
+    MessageBoxWatcher watcher_;
+    Canvas canvas_;
+    Screen page_;
+};
+
+void paintPattern(Screen& page) {
+    page.fill(0xFF000000);
+    for (int y = 0; y < kLcdHeight; ++y) {
+        for (int x = 0; x < kLcdWidth; ++x) {
+            page.bitmap.SetPixel(
+                x, y, Gdiplus::Color(static_cast<BYTE>(x), static_cast<BYTE>(y), static_cast<BYTE>(x * y)));
+        }
+    }
+}
+
+std::wstring fileName(const std::wstring& timeText) {
+    return L"kelvaro shot " + timeText + L".bmp";
+}
+
+}  // namespace
+
+TEST_F(Screenshot, FileInDocumentsHoldsTheComposedCanvas) {
+    paintPattern(page_);
+    compose(page_);
+    const Picture composed = page_.picture();
+    // What a page draws after the composition is not in the picture.
+    page_.fill(0xFFFFFFFF);
+
+    const std::wstring before = screenshotTimeText();
+    canvas_.saveScreenshot();
+    const std::wstring after = screenshotTimeText();
+
+    const std::vector<std::wstring> files = folder_.files();
+    ASSERT_EQ(files.size(), 1U);
+    EXPECT_TRUE(files[0] == fileName(before) || files[0] == fileName(after))
+        << std::string(files[0].begin(), files[0].end());
+    EXPECT_TRUE(samePicture(pictureIn(files[0]), composed));
+    EXPECT_TRUE(watcher_.boxes().empty());
+}
+
+TEST_F(Screenshot, FileIsABmp) {
+    page_.fill(0xFF102030);
+    compose(page_);
+    canvas_.saveScreenshot();
+    ASSERT_EQ(folder_.files().size(), 1U);
+    Gdiplus::Bitmap saved((folder_.path() + L"\\" + folder_.files()[0]).c_str());
+    GUID format{};
+    ASSERT_EQ(saved.GetRawFormat(&format), Gdiplus::Ok);
+    EXPECT_TRUE(IsEqualGUID(format, Gdiplus::ImageFormatBMP));
+}
+
+TEST_F(Screenshot, TwoShotsInOneSecondLeaveTheSecond) {
+    Screen second;
+    page_.fill(0xFF0000FF);
+    second.fill(0xFF00FF00);
+    std::wstring start;
+    std::wstring end;
+    // A shot takes milliseconds, so one of a few rounds lies within one second.
+    for (int round = 0; round < 20 && (start.empty() || start != end); ++round) {
+        start = screenshotTimeText();
+        compose(page_);
+        canvas_.saveScreenshot();
+        compose(second);
+        canvas_.saveScreenshot();
+        end = screenshotTimeText();
+    }
+    ASSERT_EQ(start, end);
+    EXPECT_TRUE(samePicture(pictureIn(fileName(start)), plainPicture(kLcdWidth, kLcdHeight, 0xFF00FF00)));
+    EXPECT_TRUE(watcher_.boxes().empty());
+}
+
+TEST_F(Screenshot, MissingDocumentsFolderIsReported) {
+    setDocuments(L"Q:\\nowhere");
+    canvas_.saveScreenshot();
+    const std::vector<SeenMessageBox> boxes = watcher_.boxes();
+    ASSERT_EQ(boxes.size(), 1U);
+    EXPECT_EQ(boxes[0].text, L"There was an error fetching your user documents folder!");
+    EXPECT_EQ(boxes[0].caption, L"Error!");
+    EXPECT_EQ(boxes[0].icon, MessageBoxIcon::Error);
+    EXPECT_EQ(boxes[0].owner, nullptr);
+    EXPECT_TRUE(folder_.files().empty());
+}
+
+TEST_F(Screenshot, ReadOnlyFolderIsReportedAndTheCanvasStaysUsable) {
+    // The kernel's own files: a folder that exists and takes none of ours.
+    setDocuments(L"Z:\\proc");
+    paintPattern(page_);
+    compose(page_);
+    canvas_.saveScreenshot();
+    const std::vector<SeenMessageBox> boxes = watcher_.boxes();
+    ASSERT_EQ(boxes.size(), 1U);
+    EXPECT_EQ(boxes[0].caption, L"Error saving screenshot!");
+    EXPECT_EQ(boxes[0].icon, MessageBoxIcon::Error);
+    EXPECT_EQ(boxes[0].owner, nullptr);
+    EXPECT_EQ(boxes[0].text, Canvas::statusText(Gdiplus::GenericError));
+
+    EXPECT_TRUE(samePicture(frameOf(canvas_), page_.picture()));
+    setDocuments(folder_.path());
+    canvas_.saveScreenshot();
+    EXPECT_EQ(folder_.files().size(), 1U);
+    EXPECT_EQ(watcher_.boxes().size(), 1U);
+}
+
+TEST_F(Screenshot, AnExistingFileIsOverwritten) {
+    page_.fill(0xFF123456);
+    compose(page_);
+    // Every name that the shot may get while this test runs.
+    const std::time_t now = std::time(nullptr);
+    for (std::time_t second = now; second < now + 10; ++second) {
+        std::tm local{};
+        localtime_s(&local, &second);
+        std::ofstream(std::filesystem::path(folder_.path()) / fileName(screenshotTimeText(local))) << "else";
+    }
+    canvas_.saveScreenshot();
+    EXPECT_EQ(folder_.files().size(), 10U);
+    int pictures = 0;
+    for (const std::wstring& file : folder_.files()) {
+        Gdiplus::Bitmap bitmap((folder_.path() + L"\\" + file).c_str());
+        pictures += bitmap.GetWidth() == kLcdWidth ? 1 : 0;
+    }
+    EXPECT_EQ(pictures, 1);
+}
+
+TEST_F(Screenshot, PathIsInDocuments) {
+    const std::wstring path = Panelix::screenshotPath();
+    EXPECT_EQ(path.find(folder_.path() + L"\\kelvaro shot 2"), 0U);
+    EXPECT_EQ(path.substr(path.size() - 5), L"m.bmp");
+}
+
+TEST(ScreenshotTime, IsTheLocalTimeOfNow) {
+    // The second may change between two readings of the clock, but not in every round.
+    bool same = false;
+    for (int round = 0; round < 10 && !same; ++round) {
+        const std::time_t now = std::time(nullptr);
+        const std::tm* local = std::localtime(&now);
+        ASSERT_NE(local, nullptr);
+        same = screenshotTimeText() == screenshotTimeText(*local);
+    }
+    EXPECT_TRUE(same);
+}
+
+TEST_F(Screenshot, EncoderIsFoundByItsMimeType) {
+    CLSID clsid = kUntouched;
+    const int index = findEncoderClsid(L"image/bmp", &clsid);
+    EXPECT_GE(index, 0);
+    EXPECT_TRUE(IsEqualGUID(clsid, kBmpEncoder));
+
+    CLSID other = kUntouched;
+    const int otherIndex = findEncoderClsid(L"image/png", &other);
+    EXPECT_GE(otherIndex, 0);
+    EXPECT_NE(otherIndex, index);
+    EXPECT_FALSE(IsEqualGUID(other, clsid));
+}
+
+TEST_F(Screenshot, UnknownMimeTypeLeavesTheClassUntouched) {
+    for (const wchar_t* type : {L"image/kelvaro", L"IMAGE/BMP", L"image/bm", L"image/bmpx", L""}) {
+        CLSID clsid = kUntouched;
+        EXPECT_EQ(findEncoderClsid(type, &clsid), -1);
+        EXPECT_TRUE(IsEqualGUID(clsid, kUntouched));
+    }
+}
