@@ -35,6 +35,15 @@ protected:
         ASSERT_TRUE(waitForPasses(keyboard.passCount() + kSlidePasses));
     }
 
+    /// From the main page through the audio device page to Exit Applet on the options page.
+    void exitByButtons() {
+        press(Panelix::LcdSdk::kButtonMenu);
+        press(Panelix::LcdSdk::kButtonRight);
+        press(Panelix::LcdSdk::kButtonDown);
+        press(Panelix::LcdSdk::kButtonDown);
+        ASSERT_TRUE(keyboard.addScriptStep(Panelix::LcdSdk::kButtonOk, 2));
+    }
+
     struct OwnSession {
         OwnSession() { Standins::useOwnSession(); }
     };

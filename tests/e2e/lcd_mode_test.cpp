@@ -19,19 +19,7 @@ using Standins::LcdCall;
 using Standins::waitUntil;
 namespace LcdSdk = Panelix::LcdSdk;
 
-class KelvaroWithAnExit : public KelvaroOnTheKeyboard {
-protected:
-    /// Menu, options page, Exit Applet.
-    void exitByButtons() {
-        press(LcdSdk::kButtonMenu);
-        press(LcdSdk::kButtonRight);
-        press(LcdSdk::kButtonDown);
-        press(LcdSdk::kButtonDown);
-        ASSERT_TRUE(keyboard.addScriptStep(LcdSdk::kButtonOk, 2));
-    }
-};
-
-TEST_F(KelvaroWithAnExit, AnnouncesItselfShowsFramesAndEndsThroughItsOptionsPageWithCodeZero) {
+TEST_F(KelvaroOnTheKeyboard, AnnouncesItselfShowsFramesAndEndsThroughItsOptionsPageWithCodeZero) {
     const ChildProcess kelvaro(kKelvaroProgram);
     ASSERT_TRUE(waitForPasses(5));
     EXPECT_EQ(keyboard.initRecord().name, L"Kelvaro");

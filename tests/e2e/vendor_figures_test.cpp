@@ -2,18 +2,12 @@
 
 #include <gtest/gtest.h>
 
-#include <optional>
 #include <string>
 #include <vector>
 
 #include "framework/drawing/canvas.h"
-#include "standins/core_audio/virtual_audio.h"
-#include "standins/core_temp/virtual_core_temp.h"
-#include "standins/nvapi/virtual_nvidia.h"
-#include "standins/xinput/virtual_gamepad.h"
-#include "tests/e2e/kelvaro_on_keyboard.h"
+#include "tests/e2e/equipped_kelvaro.h"
 #include "tests/pages/page_painter.h"
-#include "tests/support/equipped_machine.h"
 #include "tests/support/registry_override.h"
 
 namespace {
@@ -72,7 +66,7 @@ std::vector<std::uint32_t> pixelsOf(const G19Frame& frame, const RECT& rect) {
 }
 
 /// The shipped program with the stand-ins of all vendor libraries.
-class KelvaroWithAllFigures : public KelvaroOnTheKeyboard {
+class KelvaroWithAllFigures : public EquippedKelvaro {
 protected:
     KelvaroWithAllFigures() {
         RegDeleteTreeW(HKEY_CURRENT_USER, kMailKey);
@@ -98,7 +92,7 @@ protected:
         nvidia.setFigures(0, gpu);
         audio.addUsualDevices();
         audio.setLevels(0, {.channels = {0.4F, 0.4F}, .master = 0.4F, .muted = false});
-        kelvaro.emplace(machine.program());
+        start();
     }
     ~KelvaroWithAllFigures() override {
         kelvaro.reset();
@@ -138,15 +132,9 @@ protected:
         return waitUntil([&] { return audio.callCount(call) >= count; }, std::chrono::seconds(15));
     }
 
-    EquippedMachine machine{kKelvaroProgram};
     Panelix::Canvas canvas;
-    Standins::VirtualCoreTemp coreTemp;
-    Standins::VirtualNvidia nvidia;
-    Standins::VirtualGamepads gamepads;
-    Standins::VirtualAudio audio;
     Standins::CoreTempFigures cpu;
     Standins::NvidiaFigures gpu;
-    std::optional<ChildProcess> kelvaro;
 };
 
 TEST_F(KelvaroWithAllFigures, ShowsTheCpuFiguresAndFollowsThem) {
