@@ -1,5 +1,7 @@
 #include <windows.h>
 
+#include <shlobj.h>
+
 #include <gmock/gmock.h>
 
 #include <algorithm>
@@ -96,6 +98,40 @@ TEST_F(KelvaroOnTheKeyboard, OkShowsThePictureAndOkAgainThePage) {
     EXPECT_EQ(picture->checksum, samePicture->checksum) << "nothing moves on the picture";
     press(LcdSdk::kButtonOk);
     EXPECT_NE(keyboard.lastFrame()->checksum, picture->checksum);
+}
+
+/// The screenshots in the user's Documents folder, with their folder.
+std::vector<std::wstring> screenshots() {
+    wchar_t documents[MAX_PATH] = L"";
+    SHGetFolderPathW(nullptr, CSIDL_PERSONAL, nullptr, SHGFP_TYPE_CURRENT, documents);
+    const std::wstring folder = std::wstring(documents) + L"\\";
+    std::vector<std::wstring> files;
+    WIN32_FIND_DATAW found{};
+    const HANDLE search = FindFirstFileW((folder + L"kelvaro shot *.bmp").c_str(), &found);
+    if (search == INVALID_HANDLE_VALUE) {
+        return files;
+    }
+    do {
+        files.push_back(folder + found.cFileName);
+    } while (FindNextFileW(search, &found) != FALSE);
+    FindClose(search);
+    return files;
+}
+
+TEST_F(KelvaroOnTheKeyboard, DownSavesOneScreenshotInTheDocumentsFolder) {
+    for (const std::wstring& old : screenshots()) {
+        DeleteFileW(old.c_str());
+    }
+    const ChildProcess kelvaro(kKelvaroProgram);
+    ASSERT_TRUE(waitForPasses(3));
+    press(LcdSdk::kButtonDown);
+    const auto files = screenshots();
+    ASSERT_EQ(files.size(), 1U);
+    WIN32_FILE_ATTRIBUTE_DATA data{};
+    ASSERT_NE(GetFileAttributesExW(files.front().c_str(), GetFileExInfoStandard, &data), FALSE);
+    // A file header, an info header and at least 24 bits for each pixel.
+    EXPECT_GE(data.nFileSizeLow, 54U + 320 * 240 * 3);
+    DeleteFileW(files.front().c_str());
 }
 
 TEST_F(KelvaroOnTheKeyboard, ASecondStartIsRefusedAndLeavesTheFirstAlone) {
