@@ -4,6 +4,7 @@
 #include <functional>
 
 #include "pages/options_page.h"
+#include "tests/pages/frame_dump.h"
 #include "tests/pages/main_page_fixture.h"
 #include "tests/pages/text_contrast.h"
 
@@ -23,7 +24,7 @@ constexpr double kShareOfBest = 0.95;
 constexpr double kWantedForIcons = 3.0;
 
 void printHeading(const char* state) {
-    std::printf("%s\n    %-38s %8s %8s %8s\n", state, "text", "minimum", "5 %", "best");
+    std::printf("%s\n    %-38s %8s %8s %8s  at\n", state, "text", "minimum", "5 %", "best");
 }
 
 void check(const TextContrast& contrast) {
@@ -31,11 +32,13 @@ void check(const TextContrast& contrast) {
     for (char& character : name) {
         character = character >= ' ' && character <= '~' ? character : '.';
     }
-    std::printf("    %-38.38s %8.2f %8.2f %8.2f\n",
+    std::printf("    %-38.38s %8.2f %8.2f %8.2f  %d, %d\n",
                 name.c_str(),
                 contrast.minimum,
                 contrast.fifthPercentile,
-                contrast.bestMinimum);
+                contrast.bestMinimum,
+                contrast.minimumX,
+                contrast.minimumY);
     EXPECT_GE(contrast.minimum, std::min(kWanted, contrast.bestMinimum * kShareOfBest)) << name;
 }
 
@@ -44,8 +47,10 @@ protected:
     void measure(const char* state, const Panelix::LcdButtons& buttons = {}) {
         SCOPED_TRACE(state);
         printHeading(state);
-        const PagePixels shown = draw(buttons);
-        expected.clock = sampler.dateTimeText();
+        draw(buttons);
+        drawWithinOneSecond(*page);
+        const PagePixels shown(*page->bitmap());
+        dumpFrame(*page->bitmap(), state);
         PagePainter onBlack(app.canvas(), PagePainter::Texts::LeaveOut);
         expected.paint(onBlack, Ground::Black);
         PagePainter onWhite(app.canvas(), PagePainter::Texts::LeaveOut);
@@ -109,6 +114,15 @@ TEST_F(MainPageContrast, OverGraphsInUse) {
     }
     setOrdinaryFigures(sampler);
     measure("ordinary figures");
+}
+
+TEST_F(MainPageContrast, OfNamesThatRunOnOverTheSideBar) {
+    sampler.cpuName = L"Intel Core i9-10980XE (Cascade)";
+    sampler.gpuName = L"NVIDIA GeForce RTX 4090 Lap";
+    for (const int percent : {0, 100}) {
+        setLevels(percent);
+        measure("long names");
+    }
 }
 
 TEST_F(MainPageContrast, OfTheVolumes) {
@@ -211,6 +225,7 @@ TEST_F(ListContrast, OfTitleAndRows) {
         texts.push_back(
             {L"Speakers (High Definition)", 20, 0xFFFFFFFF, 5, top + 14.5F, TextPlace::LeftMiddle});
     }
+    dumpFrame(*page.bitmap(), "list of devices");
     measure("list of devices", PagePixels(*page.bitmap()), texts, [](PagePainter& painter) {
         painter.fill(4, 69, 312, 29, 0xC8008080);
         painter.fill(4, 156, 312, 29, 0x3280FFFF);
@@ -226,6 +241,7 @@ TEST_F(ListContrast, OfTheOptions) {
     const int tops[] = {36, 69, 98};
     for (const int top : tops) {
         page.Draw(app.canvas(), top == 36 ? Panelix::LcdButtons{} : down({LcdButton::Down}));
+        dumpFrame(*page.bitmap(), "options");
         measure("options",
                 PagePixels(*page.bitmap()),
                 {{L"Options", 20, 0xFFFFFFFF, 160, 18, TextPlace::Centre},

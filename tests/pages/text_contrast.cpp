@@ -7,6 +7,7 @@
 namespace {
 
 constexpr int kAround = 2;
+constexpr double kHighest = 21.0;
 
 bool isNear(const TextCoverage& coverage, int x, int y) {
     for (int dy = -kAround; dy <= kAround; ++dy) {
@@ -27,27 +28,34 @@ TextContrast measure(const PaintedText& text,
                      const TextCoverage& own,
                      const std::vector<TextCoverage>& all,
                      const ContrastFrames& frames) {
+    TextContrast result{text.text, kHighest, kHighest, 0, 0, kHighest};
     std::vector<double> ratios;
-    double onBlack = 21.0;
-    double onWhite = 21.0;
+    double onBlack = kHighest;
+    double onWhite = kHighest;
     const auto ratioOn = [&text](std::uint32_t ground) {
         return contrastRatio(drawnOver(text.argb, ground), ground);
     };
     for (int y = 0; y < PagePixels::kHeight; ++y) {
         for (int x = 0; x < PagePixels::kWidth; ++x) {
             if (isNear(own, x, y) && isFree(all, x, y)) {
-                ratios.push_back(ratioOn(frames.shown.at(x, y)));
+                const double ratio = ratioOn(frames.shown.at(x, y));
+                ratios.push_back(ratio);
+                if (ratio < result.minimum) {
+                    result.minimum = ratio;
+                    result.minimumX = x;
+                    result.minimumY = y;
+                }
                 onBlack = std::min(onBlack, ratioOn(frames.onBlack.at(x, y)));
                 onWhite = std::min(onWhite, ratioOn(frames.onWhite.at(x, y)));
             }
         }
     }
-    EXPECT_FALSE(ratios.empty());
-    if (ratios.empty()) {
-        ratios.push_back(1.0);
+    result.bestMinimum = std::max(onBlack, onWhite);
+    EXPECT_FALSE(ratios.empty()) << "nothing was measured";
+    if (!ratios.empty()) {
+        result.fifthPercentile = percentile(ratios, 5.0);
     }
-    return {
-        text.text, *std::ranges::min_element(ratios), percentile(ratios, 5.0), std::max(onBlack, onWhite)};
+    return result;
 }
 
 }  // namespace

@@ -13,6 +13,9 @@ struct TextContrast {
     /// Over all pixels around the letters.
     double minimum;
     double fifthPercentile;
+    /// Where the minimum is.
+    int minimumX;
+    int minimumY;
     /// The minimum that the fixed colours allow on the better of a black and a white ground: what the pages
     /// draw between ground and text stays.
     double bestMinimum;
