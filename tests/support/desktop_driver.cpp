@@ -2,8 +2,10 @@
 
 #include <algorithm>
 #include <array>
+#include <functional>
 #include <optional>
 #include <thread>
+#include <utility>
 
 namespace {
 
@@ -65,14 +67,16 @@ bool isIcon(const Control& control) {
 }
 
 MessageBoxFacts readMessageBox(HWND window) {
-    MessageBoxFacts facts{window, GetWindow(window, GW_OWNER), textOf(window), {}, {}};
+    MessageBoxFacts facts{window, GetWindow(window, GW_OWNER), textOf(window), {}, {}, nullptr};
     for (const Control& control : controlsOf(window)) {
         if ((control.style & WS_VISIBLE) == 0) {
             continue;
         }
         if (control.className == L"Button") {
             facts.buttons.push_back(control.id);
-        } else if (!isIcon(control)) {
+        } else if (isIcon(control)) {
+            facts.icon = control.window;
+        } else {
             facts.text += control.text;
         }
     }
@@ -289,6 +293,20 @@ ScreenPicture captureClient(HWND window) {
     GetClientRect(window, &rect);
     MapWindowPoints(window, nullptr, reinterpret_cast<POINT*>(&rect), 2);
     return captureScreen(rect);
+}
+
+ScreenPicture captureSettled(HWND window) {
+    constexpr milliseconds kRest(150);
+    ScreenPicture picture = captureClient(window);
+    const bool settled = waitFor([&] {
+        std::this_thread::sleep_for(kRest);
+        const ScreenPicture before = std::exchange(picture, captureClient(window));
+        const auto& pixels = picture.pixels;
+        const bool plain =
+            std::adjacent_find(pixels.begin(), pixels.end(), std::not_equal_to<>()) == pixels.end();
+        return before == picture && !plain;
+    });
+    return settled ? picture : ScreenPicture{};
 }
 
 void clickAt(POINT point) {

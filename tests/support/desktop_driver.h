@@ -67,6 +67,8 @@ struct MessageBoxFacts {
     std::wstring caption;
     std::wstring text;
     std::vector<int> buttons;
+    /// The control with the icon, null when there is none.
+    HWND icon;
 };
 
 /// Waits for a message box of a process; a null window when none came.
@@ -102,6 +104,9 @@ struct ScreenPicture {
 /// The part of the rectangle, and of what a window shows inside its frame, that is on the screen.
 ScreenPicture captureScreen(const RECT& wanted);
 ScreenPicture captureClient(HWND window);
+/// The same once it has come to rest with more than one colour; what is painted reaches the screen a little
+/// later. No pixels when that does not happen.
+ScreenPicture captureSettled(HWND window);
 
 /// Moves the mouse and presses, drags and releases its left button.
 void clickAt(POINT point);

@@ -1,0 +1,75 @@
+#pragma once
+
+#include <windows.h>
+
+#include <gtest/gtest.h>
+
+#include <chrono>
+#include <memory>
+#include <string>
+#include <thread>
+
+#include "tests/support/child_process.h"
+#include "tests/support/desktop_driver.h"
+#include "tests/support/installation.h"
+#include "tests/support/lcd_registration.h"
+
+/// Full path of the program under test.
+inline constexpr wchar_t kKelvaroProgram[] = L"" KELVARO_PROGRAM;
+
+inline constexpr wchar_t kPreviewClass[] = L"PanelixWindow";
+
+/// The preview window of a running program, hidden or not; null when none came in time.
+inline HWND waitForPreview(const ChildProcess& process,
+                           std::chrono::milliseconds timeout = std::chrono::seconds(20)) {
+    HWND window = nullptr;
+    waitFor(
+        [&] {
+            window = findWindow(process.id(), kPreviewClass);
+            return window != nullptr;
+        },
+        timeout);
+    // The window answers once the main loop runs.
+    waitFor([window] { return textOf(window) == L"Kelvaro"; });
+    return window;
+}
+
+/// What the icon of a message box of this style looks like. The icon of another process's box shows by its
+/// picture only.
+inline ScreenPicture pictureOfIcon(UINT style) {
+    ScreenPicture picture{};
+    std::thread user([&picture] {
+        const MessageBoxFacts box = waitForMessageBox(GetCurrentProcessId());
+        picture = captureSettled(box.icon);
+        pressButton(box.window, IDOK);
+    });
+    MessageBoxW(nullptr, L"reference", L"reference", style);
+    user.join();
+    return picture;
+}
+
+/// A machine without an LCD library, on which the shipped program can be started.
+class KelvaroOnTheDesktop : public testing::Test {
+protected:
+    /// Starts the program and waits for its window.
+    void start() {
+        kelvaro = std::make_unique<ChildProcess>(kKelvaroProgram);
+        window = waitForPreview(*kelvaro);
+        ASSERT_NE(window, nullptr);
+    }
+
+    /// Chooses an item of the tray menu, from 0.
+    void choose(std::size_t position) {
+        ASSERT_NE(openTrayMenu(window), nullptr);
+        ASSERT_TRUE(chooseMenuItem(window, position));
+    }
+
+    bool becomesVisible(bool visible) const {
+        return waitFor([this, visible] { return (IsWindowVisible(window) != FALSE) == visible; });
+    }
+
+    LcdRegistrationScope noLcd{L""};
+    CleanProgramEntries entries;
+    std::unique_ptr<ChildProcess> kelvaro;
+    HWND window = nullptr;
+};

@@ -1,0 +1,206 @@
+#include <windows.h>
+
+#include <shellapi.h>
+
+#include <gmock/gmock.h>
+
+#include <functional>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include "standins/lcd_sdk/standin_paths.h"
+#include "tests/e2e/desktop_fixture.h"
+
+namespace {
+
+using testing::ElementsAre;
+
+constexpr std::size_t kShowOrHideItem = 0;
+constexpr std::size_t kAboutItem = 1;
+constexpr std::size_t kSettingsItem = 2;
+constexpr std::size_t kExitItem = 3;
+
+bool hasTrayIcon(HWND window) {
+    NOTIFYICONDATAW record{};
+    record.cbSize = sizeof(record);
+    record.hWnd = window;
+    record.uID = 1;
+    return Shell_NotifyIconW(NIM_MODIFY, &record) != FALSE;
+}
+
+POINT clientCentre(HWND window) {
+    RECT client{};
+    GetClientRect(window, &client);
+    POINT centre{client.right / 2, client.bottom / 2};
+    ClientToScreen(window, &centre);
+    return centre;
+}
+
+/// What a menu with these texts looks like at the mouse. A menu of another process tells its texts by its
+/// picture only.
+ScreenPicture pictureOfMenu(const std::vector<const wchar_t*>& texts) {
+    const HWND owner = CreateWindowExW(
+        0, L"Static", L"menu owner", WS_POPUP, 0, 0, 0, 0, nullptr, nullptr, nullptr, nullptr);
+    const HMENU menu = CreatePopupMenu();
+    for (const wchar_t* text : texts) {
+        AppendMenuW(menu, MF_STRING, 1, text);
+    }
+    ScreenPicture picture{};
+    std::thread user([&] {
+        waitFor([] { return openMenu(GetCurrentProcessId()) != nullptr; });
+        picture = captureSettled(openMenu(GetCurrentProcessId()));
+        dismissMenu(owner);
+    });
+    POINT mouse{};
+    GetCursorPos(&mouse);
+    SetForegroundWindow(owner);
+    TrackPopupMenu(menu, TPM_BOTTOMALIGN, mouse.x, mouse.y, 0, owner, nullptr);
+    user.join();
+    DestroyMenu(menu);
+    DestroyWindow(owner);
+    return picture;
+}
+
+TEST_F(KelvaroOnTheDesktop, StartsHiddenAtTheBottomRightOfTheWorkAreaWithATrayIcon) {
+    start();
+    EXPECT_EQ(IsWindowVisible(window), FALSE);
+    EXPECT_EQ(textOf(window), L"Kelvaro");
+    // The window manager adds WS_CLIPSIBLINGS and WS_EX_WINDOWEDGE.
+    EXPECT_EQ(styleOf(window) & ~DWORD{WS_CLIPSIBLINGS}, 0x80C80000U);
+    EXPECT_EQ(extendedStyleOf(window) & ~DWORD{WS_EX_WINDOWEDGE}, 0x88U);
+    RECT workArea{};
+    SystemParametersInfoW(SPI_GETWORKAREA, 0, &workArea, 0);
+    const LONG captionHeight = GetSystemMetrics(SM_CYSMCAPTION);
+    const RECT place = rectOf(window);
+    EXPECT_EQ(place.left, workArea.right - 328);
+    EXPECT_EQ(place.top, workArea.bottom - captionHeight - 248);
+    EXPECT_EQ(place.right - place.left, 336);
+    EXPECT_EQ(place.bottom - place.top, captionHeight + 256);
+    EXPECT_TRUE(hasTrayIcon(window));
+}
+
+TEST_F(KelvaroOnTheDesktop, IsWhatEveryFailureOfTheLcdLibraryLeadsTo) {
+    for (const std::wstring& library : {std::wstring(L"C:\\missing\\LogitechLcd.dll"),
+                                        std::wstring(kKelvaroProgram),
+                                        Standins::lcdSdkPathWithout("LogiLcdInit")}) {
+        const LcdRegistrationScope registration(library);
+        start();
+        choose(kExitItem);
+        EXPECT_EQ(kelvaro->waitForExit(), DWORD{0});
+    }
+}
+
+TEST_F(KelvaroOnTheDesktop, ADoubleClickOnTheIconShowsAndHidesTheWindow) {
+    start();
+    PostMessageW(window, WM_APP, 1, WM_LBUTTONDBLCLK);
+    EXPECT_TRUE(becomesVisible(true));
+    PostMessageW(window, WM_APP, 1, WM_LBUTTONDBLCLK);
+    EXPECT_TRUE(becomesVisible(false));
+}
+
+TEST_F(KelvaroOnTheDesktop, ShowsTheMainPageInItsWindow) {
+    start();
+    choose(kShowOrHideItem);
+    ASSERT_TRUE(becomesVisible(true));
+    // The page is dark over most of its left half and light at its right; the empty window is one colour.
+    const auto brightness = [this](int left, int right) {
+        const ScreenPicture picture = captureClient(window);
+        std::uint64_t sum = 0;
+        for (int x = left; x < right && x < picture.width; ++x) {
+            sum += picture.pixels[static_cast<std::size_t>(150 * picture.width + x)] & 0xFFU;
+        }
+        return sum / static_cast<std::uint64_t>(right - left);
+    };
+    EXPECT_TRUE(waitFor([&] { return brightness(20, 180) < 64 && brightness(240, 310) > 96; }));
+}
+
+TEST_F(KelvaroOnTheDesktop, IsDraggedByItsPictureAndHiddenByItsCloseBox) {
+    start();
+    choose(kShowOrHideItem);
+    ASSERT_TRUE(becomesVisible(true));
+    const RECT before = rectOf(window);
+    const POINT grip = clientCentre(window);
+    dragFromTo(grip, {grip.x - 300, grip.y - 200});
+    EXPECT_TRUE(waitFor([&] { return rectOf(window).left == before.left - 300; }));
+    const RECT place = rectOf(window);
+    EXPECT_EQ(place.top, before.top - 200);
+
+    clickAt({place.right - 10, place.top + GetSystemMetrics(SM_CYSMCAPTION) / 2 + 2});
+    EXPECT_TRUE(becomesVisible(false));
+    EXPECT_TRUE(kelvaro->isRunning());
+    EXPECT_TRUE(hasTrayIcon(window));
+    choose(kShowOrHideItem);
+    EXPECT_TRUE(becomesVisible(true));
+    EXPECT_EQ(rectOf(window).left, place.left) << "it comes back where it was";
+}
+
+TEST_F(KelvaroOnTheDesktop, TheTrayMenuOffersShowOrHideAboutSettingsAndExit) {
+    start();
+    SetCursorPos(300, 400);
+    const ScreenPicture withShow = pictureOfMenu({L"Show", L"About", L"Settings", L"Exit"});
+    const ScreenPicture withHide = pictureOfMenu({L"Hide", L"About", L"Settings", L"Exit"});
+    ASSERT_FALSE(withShow.pixels.empty());
+    ASSERT_NE(withShow, withHide);
+    const auto opened = [this](UINT notice) {
+        const ScreenPicture picture = captureSettled(openTrayMenu(window, notice));
+        EXPECT_TRUE(dismissMenu(window));
+        return picture;
+    };
+    for (const UINT notice : {UINT{WM_RBUTTONDOWN}, UINT{WM_CONTEXTMENU}}) {
+        EXPECT_TRUE(opened(notice) == withShow) << notice;
+    }
+    choose(kShowOrHideItem);
+    ASSERT_TRUE(becomesVisible(true));
+    for (const UINT notice : {UINT{WM_RBUTTONDOWN}, UINT{WM_CONTEXTMENU}}) {
+        EXPECT_TRUE(opened(notice) == withHide) << notice;
+    }
+    choose(kShowOrHideItem);
+    EXPECT_TRUE(becomesVisible(false));
+}
+
+TEST_F(KelvaroOnTheDesktop, ExitRemovesTheIconAndEndsWithCodeZero) {
+    start();
+    choose(kExitItem);
+    EXPECT_EQ(kelvaro->waitForExit(), DWORD{0});
+    EXPECT_EQ(IsWindow(window), FALSE);
+    EXPECT_FALSE(hasTrayIcon(window));
+}
+
+TEST_F(KelvaroOnTheDesktop, AboutIsABoxOfThePreviewWindow) {
+    start();
+    choose(kAboutItem);
+    const MessageBoxFacts box = waitForMessageBox(kelvaro->id());
+    ASSERT_NE(box.window, nullptr);
+    EXPECT_EQ(box.caption, L"About Kelvaro");
+    EXPECT_EQ(box.owner, window);
+    EXPECT_THAT(box.buttons, ElementsAre(IDOK));
+    const std::size_t firstEnd = box.text.find(L'\n');
+    ASSERT_NE(firstEnd, std::wstring::npos);
+    EXPECT_EQ(box.text.compare(0, 7, L"Kelvaro"), 0);
+    EXPECT_EQ(
+        box.text.substr(firstEnd),
+        L"\n\nKelvaro shows stats about your CPU, GPU, audio, email count and time! Run Core Temp in the "
+        L"background if you want CPU temps (make it start on boot).");
+    const ScreenPicture icon = captureSettled(box.icon);
+    pressButton(box.window, IDOK);
+    EXPECT_TRUE(waitUntilGone(box.window));
+    const ScreenPicture information = pictureOfIcon(MB_ICONINFORMATION);
+    EXPECT_FALSE(information.pixels.empty());
+    EXPECT_TRUE(icon == information);
+
+    choose(kShowOrHideItem);
+    EXPECT_TRUE(becomesVisible(true)) << "the program goes on";
+}
+
+TEST_F(KelvaroOnTheDesktop, CanExitWhileItsBoxOrItsDialogIsOpen) {
+    for (const std::size_t item : {kAboutItem, kSettingsItem}) {
+        start();
+        choose(item);
+        ASSERT_NE(waitForVisibleWindow(kelvaro->id(), L"#32770"), nullptr);
+        PostMessageW(window, WM_COMMAND, 0x8003, 0);
+        EXPECT_EQ(kelvaro->waitForExit(), DWORD{0});
+    }
+}
+
+}  // namespace
