@@ -39,7 +39,7 @@ struct NvidiaFigures {
 /// receives, and from which it takes its answers. A new record has no card, and every call succeeds.
 class VirtualNvidia {
 public:
-    static constexpr std::size_t kMaxGpus = 4;
+    static constexpr std::size_t kMaxGpus = 64;
     static constexpr std::size_t kTextLength = 64;
 
     /// Opens the record, or makes it. Throws std::runtime_error when that fails.

@@ -1,0 +1,144 @@
+#include <gtest/gtest.h>
+
+#include <optional>
+#include <string>
+
+#include "standins/core_temp/published_core_temp.h"
+#include "standins/vendor_libraries.h"
+#include "stats/core_temp_library.h"
+#include "stats/core_temp_proxy.h"
+#include "stats/core_temp_reading.h"
+#include "tests/stats/core_temp_cases.h"
+#include "tests/stats/preloaded_library.h"
+#include "tests/stats/standin_session.h"
+
+// The mappings' names are Core Temp's own, the same for every program of the session: these tests run alone.
+
+namespace {
+
+using Standins::CoreTempMapping;
+using Standins::PublishedCoreTemp;
+
+constexpr const CoreTempLibrary* kNoLibrary = nullptr;
+
+class CoreTempMemory : public testing::TestWithParam<CoreTempMapping> {};
+INSTANTIATE_TEST_SUITE_P(BothRecords,
+                         CoreTempMemory,
+                         testing::Values(CoreTempMapping::Original, CoreTempMapping::Extended),
+                         [](const testing::TestParamInfo<CoreTempMapping>& tested) {
+                             return std::string(tested.param == CoreTempMapping::Original ? "Original"
+                                                                                          : "Extended");
+                         });
+
+TEST_P(CoreTempMemory, EveryFigureIsRead) {
+    PublishedCoreTemp published(GetParam());
+    published.setName("Intel Core i7 Test @ 3.60GHz");
+    published.setFigures(usualCoreTempFigures());
+    const std::optional<CoreTempReading> reading = readCoreTemp(kNoLibrary);
+    ASSERT_TRUE(reading.has_value());
+    EXPECT_FALSE(reading->fahrenheit);
+    EXPECT_EQ(reading->name, L"Intel Core i7 Test @ 3.60GHz");
+    EXPECT_EQ(reading->clockText, L"3600.00MHz (100.00 x 36.00)");
+    EXPECT_EQ(reading->vid, 1.125F);
+    EXPECT_EQ(reading->temperature, 61);
+}
+
+TEST_P(CoreTempMemory, FiguresFollowCoreTemp) {
+    PublishedCoreTemp published(GetParam());
+    published.setFigures(usualCoreTempFigures());
+    ASSERT_EQ(readCoreTemp(kNoLibrary)->temperature, 61);
+    Standins::CoreTempFigures figures = usualCoreTempFigures();
+    figures.fahrenheit = true;
+    figures.temperatures[0] = 143.5F;
+    published.setFigures(figures);
+    EXPECT_EQ(readCoreTemp(kNoLibrary)->temperature, 143);
+    EXPECT_TRUE(readCoreTemp(kNoLibrary)->fahrenheit);
+}
+
+TEST_P(CoreTempMemory, EndOfCoreTempGivesNothing) {
+    {
+        const PublishedCoreTemp published(GetParam());
+        ASSERT_TRUE(readCoreTemp(kNoLibrary).has_value());
+    }
+    EXPECT_FALSE(readCoreTemp(kNoLibrary).has_value());
+}
+
+TEST_P(CoreTempMemory, NameWithoutTerminatorEndsWithItsField) {
+    PublishedCoreTemp published(GetParam());
+    Standins::CoreTempFigures figures = usualCoreTempFigures();
+    figures.fahrenheit = true;  // The byte behind the name is not zero then.
+    published.setFigures(figures);
+    published.setName(std::string(100, 'n'));
+    EXPECT_EQ(readCoreTemp(kNoLibrary)->name, std::wstring(100, L'n'));
+}
+
+TEST_P(CoreTempMemory, EmptyRecordIsAProcessorWithoutFigures) {
+    const PublishedCoreTemp published(GetParam());
+    const std::optional<CoreTempReading> reading = readCoreTemp(kNoLibrary);
+    ASSERT_TRUE(reading.has_value());
+    EXPECT_EQ(reading->name, L"");
+    EXPECT_EQ(reading->clockText, L"0.00MHz (0.00 x 0.00)");
+    EXPECT_EQ(reading->temperature, 0);
+}
+
+TEST_P(CoreTempMemory, TemperaturesAreBounded) {
+    PublishedCoreTemp published(GetParam());
+    for (const CoreTempCase& c : coreTempCases()) {
+        published.setFigures(figuresOf(c));
+        EXPECT_EQ(readCoreTemp(kNoLibrary)->temperature, c.expected) << c.name;
+    }
+}
+
+TEST(CoreTempMemories, ExtendedRecordComesFirst) {
+    PublishedCoreTemp original(CoreTempMapping::Original);
+    PublishedCoreTemp extended(CoreTempMapping::Extended);
+    original.setName("original");
+    extended.setName("extended");
+    EXPECT_EQ(readCoreTemp(kNoLibrary)->name, L"extended");
+}
+
+TEST(CoreTempMemories, OriginalRecordStandsInForAnExtendedOneThatCannotBeRead) {
+    // An event under the mapping's name: it opens as no mapping.
+    const Panelix::UniqueHandle event(CreateEventW(nullptr, TRUE, FALSE, L"CoreTempMappingObjectEx"));
+    ASSERT_TRUE(event);
+    PublishedCoreTemp original(CoreTempMapping::Original);
+    original.setName("original");
+    EXPECT_EQ(readCoreTemp(kNoLibrary)->name, L"original");
+}
+
+TEST(CoreTempMemories, NothingPublishedGivesNothing) {
+    EXPECT_FALSE(readCoreTemp(kNoLibrary).has_value());
+    CoreTempProxy proxy(kNoLibrary);
+    EXPECT_FALSE(proxy.GetData());
+    // Defined all the same.
+    EXPECT_EQ(proxy.GetCPUName(), "");
+    EXPECT_EQ(proxy.GetCPUCount(), 0u);
+}
+
+TEST(CoreTempMemories, LibraryComesBeforeTheMemory) {
+    const StandinSession session;
+    Standins::VirtualCoreTemp coreTemp;
+    coreTemp.setRunning(true);
+    coreTemp.setName("library");
+    PublishedCoreTemp published(CoreTempMapping::Extended);
+    published.setName("memory");
+    const PreloadedLibrary file(Standins::vendorLibraryPath(Standins::VendorLibrary::CoreTemp));
+    const std::unique_ptr<const CoreTempLibrary> library = CoreTempLibrary::load();
+    EXPECT_EQ(readCoreTemp(library.get())->name, L"library");
+}
+
+TEST(CoreTempMemories, MappingIsClosedAfterEveryReading) {
+    const PublishedCoreTemp published(CoreTempMapping::Extended);
+    const auto nextHandle = [] {
+        const Panelix::UniqueHandle handle(CreateEventW(nullptr, TRUE, FALSE, nullptr));
+        return reinterpret_cast<std::uintptr_t>(handle.get());
+    };
+    readCoreTemp(kNoLibrary);
+    const std::uintptr_t before = nextHandle();
+    for (int i = 0; i < 2000; ++i) {
+        readCoreTemp(kNoLibrary);
+    }
+    EXPECT_EQ(nextHandle(), before);
+}
+
+}  // namespace

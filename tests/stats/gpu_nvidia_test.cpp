@@ -1,0 +1,344 @@
+#include "stats/gpu_nvidia.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <string>
+#include <vector>
+
+#include "standins/nvapi/virtual_nvidia.h"
+#include "standins/vendor_libraries.h"
+#include "tests/stats/preloaded_library.h"
+#include "tests/stats/standin_session.h"
+
+namespace {
+
+using Standins::LoggedCall;
+using Standins::NvapiCall;
+using Standins::VendorLibrary;
+using Standins::VirtualNvidia;
+
+struct NamedCall {
+    NvapiCall call;
+    const char* name;
+};
+
+constexpr NamedCall kCalls[] = {
+    {NvapiCall::Initialize, "Initialize"},
+    {NvapiCall::Unload, "Unload"},
+    {NvapiCall::GetErrorMessage, "GetErrorMessage"},
+    {NvapiCall::EnumPhysicalGpus, "EnumPhysicalGPUs"},
+    {NvapiCall::GpuGetFullName, "GPU_GetFullName"},
+    {NvapiCall::GpuGetDynamicPstatesInfoEx, "GPU_GetDynamicPstatesInfoEx"},
+    {NvapiCall::GpuGetThermalSettings, "GPU_GetThermalSettings"},
+    {NvapiCall::GpuGetMemoryInfo, "GPU_GetMemoryInfo"},
+    {NvapiCall::GpuGetAllClockFrequencies, "GPU_GetAllClockFrequencies"},
+};
+
+void PrintTo(const NamedCall& call, std::ostream* out) {
+    *out << call.name;
+}
+
+/// A driver with one card of 31 %, 64 degrees, three quarters of its memory in use and 1.8 GHz.
+class GpuNvidiaBase {
+protected:
+    GpuNvidiaBase() {
+        driver_.setGpuCount(1);
+        driver_.setName(0, "GeForce Test 9000");
+        driver_.setFigures(0, {31, 64, 8'388'608, 2'097'152, 1'800'000});
+        driver_.setErrorText("the driver's text");
+    }
+
+    std::vector<LoggedCall> callsOf(NvapiCall call) {
+        std::vector<LoggedCall> calls;
+        for (const LoggedCall& logged : driver_.log().entries()) {
+            if (logged.call == static_cast<std::uint32_t>(call)) {
+                calls.push_back(logged);
+            }
+        }
+        return calls;
+    }
+
+private:
+    StandinSession session_;
+
+protected:
+    VirtualNvidia driver_;
+};
+
+class GpuNvidiaDriver : public GpuNvidiaBase, public testing::Test {
+    PreloadedLibrary library_{Standins::vendorLibraryPath(VendorLibrary::Nvapi)};
+};
+
+void expectCardsFigures(const GpuStats& stats) {
+    EXPECT_EQ(stats.load, 31);
+    EXPECT_TRUE(stats.loadValid);
+    EXPECT_EQ(stats.temperature, 64);
+    EXPECT_TRUE(stats.temperatureValid);
+    EXPECT_EQ(stats.memoryLoad, 75);
+    EXPECT_TRUE(stats.memoryLoadValid);
+    EXPECT_EQ(stats.coreClock, 1'800'000u);
+    EXPECT_TRUE(stats.coreClockValid);
+}
+
+// Every figure of the card but that of the call that does not work.
+void expectCardsFiguresWithout(NvapiCall broken, const GpuStats& stats) {
+    const bool load = broken != NvapiCall::GpuGetDynamicPstatesInfoEx;
+    const bool temperature = broken != NvapiCall::GpuGetThermalSettings;
+    const bool memory = broken != NvapiCall::GpuGetMemoryInfo;
+    const bool clock = broken != NvapiCall::GpuGetAllClockFrequencies;
+    EXPECT_EQ(stats.load, load ? 31 : 0);
+    EXPECT_EQ(stats.loadValid, load);
+    EXPECT_EQ(stats.temperature, temperature ? 64 : 0);
+    EXPECT_EQ(stats.temperatureValid, temperature);
+    EXPECT_EQ(stats.memoryLoad, memory ? 75 : 0);
+    EXPECT_EQ(stats.memoryLoadValid, memory);
+    EXPECT_EQ(stats.coreClock, clock ? 1'800'000u : 0u);
+    EXPECT_EQ(stats.coreClockValid, clock);
+}
+
+TEST_F(GpuNvidiaDriver, EveryFigureIsRead) {
+    GpuNvidia gpu;
+    ASSERT_TRUE(gpu.initialise());
+    EXPECT_EQ(gpu.name(), L"GeForce Test 9000");
+    expectCardsFigures(gpu.sample());
+    EXPECT_EQ(gpu.lastError(), L"");
+}
+
+TEST_F(GpuNvidiaDriver, FiguresFollowTheCard) {
+    GpuNvidia gpu;
+    ASSERT_TRUE(gpu.initialise());
+    gpu.sample();
+    driver_.setFigures(0, {100, -7, 1000, 1000, 300'000});
+    const GpuStats stats = gpu.sample();
+    EXPECT_EQ(stats.load, 100);
+    EXPECT_EQ(stats.temperature, -7);
+    EXPECT_EQ(stats.memoryLoad, 0);
+    EXPECT_TRUE(stats.memoryLoadValid);
+    EXPECT_EQ(stats.coreClock, 300'000u);
+}
+
+TEST_F(GpuNvidiaDriver, OnlyTheFirstOfTwoCardsIsUsed) {
+    driver_.setGpuCount(2);
+    driver_.setName(1, "Second");
+    driver_.setFigures(1, {99, 99, 100, 1, 99});
+    GpuNvidia gpu;
+    ASSERT_TRUE(gpu.initialise());
+    EXPECT_EQ(gpu.name(), L"GeForce Test 9000");
+    expectCardsFigures(gpu.sample());
+    for (const LoggedCall& call : driver_.log().entries()) {
+        EXPECT_NE(call.arguments[0], VirtualNvidia::gpuHandle(1));
+    }
+}
+
+TEST_F(GpuNvidiaDriver, ThereIsRoomForSixtyFourCards) {
+    driver_.setGpuCount(64);
+    GpuNvidia gpu;
+    ASSERT_TRUE(gpu.initialise());
+    expectCardsFigures(gpu.sample());
+}
+
+TEST_F(GpuNvidiaDriver, EnumerationWithoutCardsIsNotLookedAtFurther) {
+    driver_.setGpuCount(0);
+    GpuNvidia gpu;
+    EXPECT_TRUE(gpu.initialise());
+    EXPECT_EQ(gpu.name(), L"");
+    const GpuStats stats = gpu.sample();
+    EXPECT_FALSE(stats.loadValid || stats.temperatureValid || stats.memoryLoadValid || stats.coreClockValid);
+}
+
+TEST_F(GpuNvidiaDriver, StructuresCarryTheirVersionWords) {
+    GpuNvidia gpu;
+    ASSERT_TRUE(gpu.initialise());
+    gpu.sample();
+    const std::int64_t card = VirtualNvidia::gpuHandle(0);
+    const auto only = [this](NvapiCall call) {
+        const std::vector<LoggedCall> calls = callsOf(call);
+        EXPECT_EQ(calls.size(), 1u);
+        return calls.empty() ? LoggedCall{} : calls.front();
+    };
+    EXPECT_THAT(only(NvapiCall::GpuGetDynamicPstatesInfoEx).arguments,
+                testing::ElementsAre(card, 0x0001'0048, 0));
+    // Sensor 0.
+    EXPECT_THAT(only(NvapiCall::GpuGetThermalSettings).arguments, testing::ElementsAre(card, 0x0002'0044, 0));
+    EXPECT_THAT(only(NvapiCall::GpuGetMemoryInfo).arguments, testing::ElementsAre(card, 0x0003'0020, 0));
+    // Clock type 0, the current clocks, and no reserved bit.
+    EXPECT_THAT(only(NvapiCall::GpuGetAllClockFrequencies).arguments,
+                testing::ElementsAre(card, 0x0003'0108, 0));
+}
+
+TEST_F(GpuNvidiaDriver, CardWithoutMemoryHasAMemoryLoadOfZero) {
+    driver_.setFigures(0, {31, 64, 0, 0, 1'800'000});
+    GpuNvidia gpu;
+    ASSERT_TRUE(gpu.initialise());
+    EXPECT_EQ(gpu.sample().memoryLoad, 0);
+    EXPECT_TRUE(gpu.sample().memoryLoadValid);
+}
+
+TEST_F(GpuNvidiaDriver, MoreFreeMemoryThanThereIsGivesZero) {
+    driver_.setFigures(0, {31, 64, 1, 4'294'967'295, 1'800'000});
+    GpuNvidia gpu;
+    ASSERT_TRUE(gpu.initialise());
+    EXPECT_EQ(gpu.sample().memoryLoad, 0);
+}
+
+TEST_F(GpuNvidiaDriver, NameThatFillsItsFieldIsTakenWhole) {
+    driver_.setName(0, std::string(64, 'N'));
+    GpuNvidia gpu;
+    ASSERT_TRUE(gpu.initialise());
+    EXPECT_EQ(gpu.name(), std::wstring(64, L'N'));
+}
+
+TEST_F(GpuNvidiaDriver, ErrorTextThatFillsItsFieldIsTakenWhole) {
+    driver_.setErrorText(std::string(64, 'E'));
+    driver_.setStatus(NvapiCall::Initialize, -6);
+    GpuNvidia gpu;
+    EXPECT_FALSE(gpu.initialise());
+    EXPECT_EQ(gpu.lastError(), L"Failed to initialize Nvidia API: " + std::wstring(64, L'E'));
+}
+
+TEST_F(GpuNvidiaDriver, FailedStartShowsTheDriversText) {
+    driver_.setStatus(NvapiCall::Initialize, -6);
+    GpuNvidia gpu;
+    EXPECT_FALSE(gpu.initialise());
+    EXPECT_EQ(gpu.lastError(), L"Failed to initialize Nvidia API: the driver's text");
+    ASSERT_EQ(callsOf(NvapiCall::GetErrorMessage).size(), 1u);
+    EXPECT_EQ(callsOf(NvapiCall::GetErrorMessage).front().arguments[0], -6);
+    EXPECT_EQ(driver_.callCount(NvapiCall::EnumPhysicalGpus), 0u);
+}
+
+TEST_F(GpuNvidiaDriver, FailedEnumerationShowsTheDriversText) {
+    driver_.setStatus(NvapiCall::EnumPhysicalGpus, -6);
+    GpuNvidia gpu;
+    EXPECT_FALSE(gpu.initialise());
+    EXPECT_EQ(gpu.lastError(), L"Failed to get primary GPU: the driver's text");
+}
+
+TEST_F(GpuNvidiaDriver, StatusNameStandsInForADriversTextThatFails) {
+    driver_.setStatus(NvapiCall::GetErrorMessage, -5);
+    driver_.setStatus(NvapiCall::EnumPhysicalGpus, -6);
+    GpuNvidia gpu;
+    EXPECT_FALSE(gpu.initialise());
+    EXPECT_EQ(gpu.lastError(), L"Failed to get primary GPU: NVAPI_NVIDIA_DEVICE_NOT_FOUND");
+}
+
+TEST_F(GpuNvidiaDriver, NvapiIsUnloadedOnceAfterSuccess) {
+    {
+        GpuNvidia gpu;
+        ASSERT_TRUE(gpu.initialise());
+        EXPECT_EQ(driver_.callCount(NvapiCall::Unload), 0u);
+    }
+    EXPECT_EQ(driver_.callCount(NvapiCall::Initialize), 1u);
+    EXPECT_EQ(driver_.callCount(NvapiCall::Unload), 1u);
+}
+
+TEST_F(GpuNvidiaDriver, NvapiIsUnloadedOnceAfterAFailedStart) {
+    driver_.setStatus(NvapiCall::Initialize, -1);
+    {
+        GpuNvidia gpu;
+        ASSERT_FALSE(gpu.initialise());
+    }
+    EXPECT_EQ(driver_.callCount(NvapiCall::Unload), 1u);
+}
+
+class GpuNvidiaFaults : public GpuNvidiaBase, public testing::TestWithParam<NamedCall> {
+    PreloadedLibrary library_{Standins::vendorLibraryPath(VendorLibrary::Nvapi)};
+};
+
+INSTANTIATE_TEST_SUITE_P(EachFunction,
+                         GpuNvidiaFaults,
+                         testing::ValuesIn(kCalls),
+                         [](const testing::TestParamInfo<NamedCall>& tested) {
+                             return std::string(tested.param.name);
+                         });
+
+TEST_P(GpuNvidiaFaults, MissingFunctionCostsItsOwnFigureOnly) {
+    const NvapiCall missing = GetParam().call;
+    driver_.setMissing(missing, true);
+    {
+        GpuNvidia gpu;
+        if (missing == NvapiCall::Initialize) {
+            EXPECT_FALSE(gpu.initialise());
+            // A library that does not start is not asked for texts.
+            EXPECT_EQ(gpu.lastError(), L"Failed to initialize Nvidia API: NVAPI_NO_IMPLEMENTATION");
+        } else if (missing == NvapiCall::EnumPhysicalGpus) {
+            EXPECT_FALSE(gpu.initialise());
+            EXPECT_EQ(gpu.lastError(), L"Failed to get primary GPU: the driver's text");
+            EXPECT_EQ(callsOf(NvapiCall::GetErrorMessage).front().arguments[0], -3);
+        } else {
+            EXPECT_TRUE(gpu.initialise());
+            EXPECT_EQ(gpu.name(), missing == NvapiCall::GpuGetFullName ? L"" : L"GeForce Test 9000");
+            expectCardsFiguresWithout(missing, gpu.sample());
+        }
+    }
+    EXPECT_EQ(driver_.callCount(missing), 0u);
+}
+
+TEST_P(GpuNvidiaFaults, MissingTextFunctionLeavesTheStatusName) {
+    driver_.setMissing(NvapiCall::GetErrorMessage, true);
+    driver_.setStatus(GetParam().call, -104);
+    GpuNvidia gpu;
+    if (GetParam().call == NvapiCall::Initialize) {
+        EXPECT_FALSE(gpu.initialise());
+        EXPECT_EQ(gpu.lastError(), L"Failed to initialize Nvidia API: NVAPI_NOT_SUPPORTED");
+    } else if (GetParam().call == NvapiCall::EnumPhysicalGpus) {
+        EXPECT_FALSE(gpu.initialise());
+        EXPECT_EQ(gpu.lastError(), L"Failed to get primary GPU: NVAPI_NOT_SUPPORTED");
+    } else {
+        EXPECT_TRUE(gpu.initialise());
+        EXPECT_EQ(gpu.lastError(), L"");
+    }
+}
+
+TEST_P(GpuNvidiaFaults, FailedCallCostsItsOwnFigureOnly) {
+    const NvapiCall failing = GetParam().call;
+    driver_.setStatus(failing, -1);
+    GpuNvidia gpu;
+    if (failing == NvapiCall::Initialize || failing == NvapiCall::EnumPhysicalGpus) {
+        EXPECT_FALSE(gpu.initialise());
+        return;
+    }
+    EXPECT_TRUE(gpu.initialise());
+    EXPECT_EQ(gpu.name(), failing == NvapiCall::GpuGetFullName ? L"" : L"GeForce Test 9000");
+    expectCardsFiguresWithout(failing, gpu.sample());
+    // And it is there again once the call works.
+    driver_.setStatus(failing, 0);
+    expectCardsFigures(gpu.sample());
+}
+
+TEST_P(GpuNvidiaFaults, PositiveStatusIsAFailureToo) {
+    driver_.setStatus(GetParam().call, 1);
+    GpuNvidia gpu;
+    if (gpu.initialise()) {
+        expectCardsFiguresWithout(GetParam().call, gpu.sample());
+    } else {
+        EXPECT_TRUE(GetParam().call == NvapiCall::Initialize ||
+                    GetParam().call == NvapiCall::EnumPhysicalGpus);
+    }
+}
+
+TEST(GpuNvidiaAbsent, NoDriverIsLibraryNotFound) {
+    ASSERT_EQ(LoadLibraryW(L"nvapi64.dll"), nullptr) << "this machine has a driver";
+    GpuNvidia gpu;
+    EXPECT_FALSE(gpu.initialise());
+    EXPECT_EQ(gpu.lastError(), L"Failed to initialize Nvidia API: NVAPI_LIBRARY_NOT_FOUND");
+    EXPECT_EQ(gpu.name(), L"");
+    const GpuStats stats = gpu.sample();
+    EXPECT_FALSE(stats.loadValid || stats.temperatureValid || stats.memoryLoadValid || stats.coreClockValid);
+}
+
+TEST(GpuNvidiaAbsent, LibraryWithoutItsEntryIsNotFound) {
+    const PreloadedLibrary library(Standins::vendorLibraryPath(VendorLibrary::Nvapi, "without_entry"));
+    GpuNvidia gpu;
+    EXPECT_FALSE(gpu.initialise());
+    EXPECT_EQ(gpu.lastError(), L"Failed to initialize Nvidia API: NVAPI_LIBRARY_NOT_FOUND");
+}
+
+TEST(GpuNvidiaAbsent, SourceThatWasNotInitialisedAnswersNothing) {
+    GpuNvidia gpu;
+    EXPECT_EQ(gpu.name(), L"");
+    EXPECT_FALSE(gpu.sample().loadValid);
+    EXPECT_EQ(gpu.lastError(), L"");
+}
+
+}  // namespace

@@ -1,0 +1,392 @@
+#include "stats/system_info.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "framework/core/com_apartment.h"
+#include "framework/drawing/sys_exception.h"
+#include "standins/adl/virtual_radeon.h"
+#include "standins/core_temp/virtual_core_temp.h"
+#include "standins/nvapi/virtual_nvidia.h"
+#include "standins/vendor_libraries.h"
+#include "standins/xinput/virtual_gamepad.h"
+#include "stats/clock_text.h"
+#include "tests/stats/core_temp_cases.h"
+#include "tests/stats/preloaded_library.h"
+#include "tests/stats/private_memory.h"
+#include "tests/stats/standin_session.h"
+#include "tests/support/registry_override.h"
+
+namespace {
+
+using Standins::AdlCall;
+using Standins::CoreTempCall;
+using Standins::LoggedCall;
+using Standins::NvapiCall;
+using Standins::VendorLibrary;
+using Standins::XinputCall;
+
+constexpr wchar_t kMailKey[] = L"SOFTWARE\\Microsoft\\Windows\\CurrentVersion\\UnreadMail";
+
+/// A machine with a Core Temp, a card of each vendor, a gamepad and one mail account. Which of the vendors'
+/// libraries are there, each test says.
+class SystemInfoMachine : public testing::Test {
+protected:
+    SystemInfoMachine() {
+        coreTemp_.setRunning(true);
+        coreTemp_.setName("Test CPU");
+        coreTemp_.setFigures(usualCoreTempFigures());
+        nvidia_.setGpuCount(1);
+        nvidia_.setName(0, "GeForce Test");
+        nvidia_.setFigures(0, {31, 64, 8'388'608, 2'097'152, 1'800'000});
+        radeon_.setAdapterCount(1);
+        radeon_.setName(0, "Radeon Test");
+        radeon_.setFigures(0, {42, 120'000, 45'500});
+        gamepads_.setConnected(0, true);
+        gamepads_.setBattery(0, 3, 2);
+    }
+
+    void provide(VendorLibrary library) {
+        libraries_.push_back(std::make_unique<PreloadedLibrary>(Standins::vendorLibraryPath(library)));
+    }
+
+    void provideAll() {
+        provide(VendorLibrary::CoreTemp);
+        provide(VendorLibrary::Nvapi);
+        provide(VendorLibrary::Adl);
+    }
+
+    static void setMail(DWORD count) {
+        RegistryOverride::setValue(HKEY_CURRENT_USER,
+                                   std::wstring(kMailKey) + L"\\someone",
+                                   L"MessageCount",
+                                   REG_DWORD,
+                                   &count,
+                                   sizeof(count));
+    }
+
+private:
+    StandinSession session_;
+    Panelix::ComApartment com_;
+    std::vector<std::unique_ptr<PreloadedLibrary>> libraries_;
+
+protected:
+    Standins::VirtualCoreTemp coreTemp_;
+    Standins::VirtualNvidia nvidia_;
+    Standins::VirtualRadeon radeon_;
+    Standins::VirtualGamepads gamepads_;
+};
+
+TEST_F(SystemInfoMachine, SnapshotIsEmptyBeforeTheFirstUpdate) {
+    provideAll();
+    const SystemInfo info;
+    EXPECT_EQ(info.cpuLoad, 0u);
+    EXPECT_EQ(info.cpuTemperature, 0);
+    EXPECT_FALSE(info.cpuTempFahrenheit);
+    EXPECT_EQ(info.cpuName, L"");
+    EXPECT_EQ(info.cpuClockText, L"");
+    EXPECT_EQ(info.cpuVid, 0.0F);
+    EXPECT_EQ(info.memoryLoad, 0);
+    EXPECT_FALSE(info.coreTempAvailable);
+    EXPECT_EQ(info.gpuStats.load, 0);
+    EXPECT_FALSE(info.gpuStats.loadValid);
+    EXPECT_EQ(info.unreadMail, 0);
+    EXPECT_EQ(info.gamepadBattery, 0);
+    EXPECT_FALSE(info.dataReady);
+    EXPECT_EQ(info.timeRecord.tm_year, 0);
+    EXPECT_EQ(info.timeRecord.tm_mday, 0);
+    // Known from the start.
+    EXPECT_TRUE(info.gpuAvailable);
+    EXPECT_EQ(info.gpuName, L"GeForce Test");
+}
+
+TEST_F(SystemInfoMachine, OneUpdateFillsTheSnapshot) {
+    provideAll();
+    SystemInfo info;
+    info.update();
+    EXPECT_TRUE(info.coreTempAvailable);
+    EXPECT_EQ(info.cpuTemperature, 61);
+    EXPECT_EQ(info.cpuName, L"Test CPU");
+    EXPECT_EQ(info.cpuClockText, L"3600.00MHz (100.00 x 36.00)");
+    EXPECT_EQ(info.cpuVid, 1.125F);
+    EXPECT_EQ(info.gpuStats.load, 31);
+    EXPECT_EQ(info.gpuStats.temperature, 64);
+    EXPECT_EQ(info.gpuStats.memoryLoad, 75);
+    EXPECT_EQ(info.gpuStats.coreClock, 1'800'000u);
+    EXPECT_GT(info.memoryLoad, 0);
+    EXPECT_LE(info.memoryLoad, 100);
+    EXPECT_EQ(info.gamepadBattery, 4);
+    EXPECT_TRUE(info.dataReady);
+}
+
+TEST_F(SystemInfoMachine, NothingToReadLeavesTheFiguresUnavailable) {
+    gamepads_.setConnected(0, false);
+    SystemInfo info;
+    info.update();
+    EXPECT_FALSE(info.coreTempAvailable);
+    EXPECT_EQ(info.cpuName, L"");
+    EXPECT_FALSE(info.gpuAvailable);
+    EXPECT_EQ(info.gpuName, L"");
+    EXPECT_FALSE(info.gpuStats.loadValid || info.gpuStats.temperatureValid || info.gpuStats.memoryLoadValid ||
+                 info.gpuStats.coreClockValid);
+    EXPECT_EQ(info.gamepadBattery, 0);
+    EXPECT_GT(info.memoryLoad, 0);
+    EXPECT_TRUE(info.dataReady);
+}
+
+TEST_F(SystemInfoMachine, NvidiaIsTriedFirst) {
+    provideAll();
+    const SystemInfo info;
+    EXPECT_EQ(info.gpuName, L"GeForce Test");
+    EXPECT_TRUE(radeon_.log().entries().empty());
+}
+
+TEST_F(SystemInfoMachine, AmdIsTakenWhenNvidiaFails) {
+    provideAll();
+    nvidia_.setStatus(NvapiCall::EnumPhysicalGpus, -6);
+    SystemInfo info;
+    EXPECT_TRUE(info.gpuAvailable);
+    EXPECT_EQ(info.gpuName, L"Radeon Test");
+    info.update();
+    EXPECT_EQ(info.gpuStats.load, 42);
+    EXPECT_EQ(info.gpuStats.temperature, 45);
+    EXPECT_EQ(info.gpuStats.coreClock, 1'200'000u);
+    EXPECT_TRUE(info.gpuStats.memoryLoadValid);
+    // The source that failed is gone already.
+    EXPECT_EQ(nvidia_.callCount(NvapiCall::Unload), 1u);
+}
+
+TEST_F(SystemInfoMachine, AmdIsTakenWithoutAnNvidiaDriver) {
+    provide(VendorLibrary::Adl);
+    const SystemInfo info;
+    EXPECT_TRUE(info.gpuAvailable);
+    EXPECT_EQ(info.gpuName, L"Radeon Test");
+}
+
+TEST_F(SystemInfoMachine, NoGpuIsLeftWhenBothFail) {
+    provideAll();
+    nvidia_.setStatus(NvapiCall::Initialize, -6);
+    radeon_.setAdapterCount(0);
+    SystemInfo info;
+    EXPECT_FALSE(info.gpuAvailable);
+    EXPECT_EQ(info.gpuName, L"");
+    info.update();
+    EXPECT_FALSE(info.gpuStats.memoryLoadValid);
+    EXPECT_EQ(radeon_.callCount(AdlCall::MainControlDestroy), 1u);
+}
+
+TEST_F(SystemInfoMachine, GpuSourceGoesWithTheSampler) {
+    provideAll();
+    {
+        const SystemInfo info;
+        EXPECT_EQ(nvidia_.callCount(NvapiCall::Unload), 0u);
+    }
+    EXPECT_EQ(nvidia_.callCount(NvapiCall::Unload), 1u);
+}
+
+TEST_F(SystemInfoMachine, EveryFigureFollowsItsSource) {
+    provideAll();
+    SystemInfo info;
+    info.update();
+    Standins::CoreTempFigures figures = usualCoreTempFigures();
+    figures.temperatures[0] = 99.0F;
+    figures.speedMHz = 800.0F;
+    figures.vidVolts = 0.5F;
+    figures.fahrenheit = true;
+    coreTemp_.setFigures(figures);
+    nvidia_.setFigures(0, {1, 2, 100, 97, 4});
+    gamepads_.setBattery(0, 1, 0);
+    info.update();
+    EXPECT_EQ(info.cpuTemperature, 99);
+    EXPECT_TRUE(info.cpuTempFahrenheit);
+    EXPECT_EQ(info.cpuClockText, L"800.00MHz (100.00 x 36.00)");
+    EXPECT_EQ(info.cpuVid, 0.5F);
+    EXPECT_EQ(info.gpuStats.load, 1);
+    EXPECT_EQ(info.gpuStats.temperature, 2);
+    EXPECT_EQ(info.gpuStats.memoryLoad, 3);
+    EXPECT_EQ(info.gpuStats.coreClock, 4u);
+    EXPECT_EQ(info.gamepadBattery, 1);
+}
+
+TEST_F(SystemInfoMachine, FiguresStayWhenCoreTempEnds) {
+    provideAll();
+    SystemInfo info;
+    info.update();
+    coreTemp_.setRunning(false);
+    coreTemp_.setName("Unseen");
+    info.update();
+    EXPECT_FALSE(info.coreTempAvailable);
+    EXPECT_EQ(info.cpuName, L"Test CPU");
+    EXPECT_EQ(info.cpuTemperature, 61);
+    EXPECT_EQ(info.cpuVid, 1.125F);
+    EXPECT_EQ(info.cpuClockText, L"3600.00MHz (100.00 x 36.00)");
+    coreTemp_.setRunning(true);
+    info.update();
+    EXPECT_TRUE(info.coreTempAvailable);
+    EXPECT_EQ(info.cpuName, L"Unseen");
+}
+
+TEST_F(SystemInfoMachine, FailedGpuCallClearsItsFigureAgain) {
+    provideAll();
+    SystemInfo info;
+    info.update();
+    nvidia_.setStatus(NvapiCall::GpuGetThermalSettings, -1);
+    info.update();
+    EXPECT_EQ(info.gpuStats.temperature, 0);
+    EXPECT_FALSE(info.gpuStats.temperatureValid);
+    EXPECT_EQ(info.gpuStats.load, 31);
+}
+
+TEST_F(SystemInfoMachine, MailIsReadInEveryEleventhUpdate) {
+    const RegistryOverride registry;
+    setMail(7);
+    SystemInfo info;
+    for (int i = 0; i < 10; ++i) {
+        info.update();
+        EXPECT_EQ(info.unreadMail, 0) << i;
+    }
+    info.update();
+    EXPECT_EQ(info.unreadMail, 7);
+    setMail(9);
+    for (int i = 0; i < 10; ++i) {
+        info.update();
+        EXPECT_EQ(info.unreadMail, 7) << i;
+    }
+    info.update();
+    EXPECT_EQ(info.unreadMail, 9);
+}
+
+TEST_F(SystemInfoMachine, MailIsMinusOneForAUserWithoutTheKey) {
+    const RegistryOverride registry;
+    SystemInfo info;
+    for (int i = 0; i < 11; ++i) {
+        info.update();
+    }
+    EXPECT_EQ(info.unreadMail, -1);
+}
+
+TEST_F(SystemInfoMachine, DataReadyIsSetByEveryUpdateAndClearedByNone) {
+    SystemInfo info;
+    info.update();
+    EXPECT_TRUE(info.dataReady);
+    info.update();
+    EXPECT_TRUE(info.dataReady);
+    info.dataReady = false;
+    info.update();
+    EXPECT_TRUE(info.dataReady);
+}
+
+TEST_F(SystemInfoMachine, UpdateAsksCoreTempThenTheGpuThenTheGamepad) {
+    provideAll();
+    SystemInfo info;
+    coreTemp_.log().clear();
+    nvidia_.log().clear();
+    gamepads_.log().clear();
+    info.update();
+    const std::vector<LoggedCall> cpu = coreTemp_.log().entries();
+    const std::vector<LoggedCall> gpu = nvidia_.log().entries();
+    const std::vector<LoggedCall> gamepad = gamepads_.log().entries();
+    ASSERT_FALSE(cpu.empty());
+    ASSERT_FALSE(gpu.empty());
+    ASSERT_FALSE(gamepad.empty());
+    EXPECT_LE(cpu.back().timeUs, gpu.front().timeUs);
+    EXPECT_LE(gpu.back().timeUs, gamepad.front().timeUs);
+    EXPECT_EQ(cpu.back().call, static_cast<std::uint32_t>(CoreTempCall::Destructor));
+    std::vector<std::uint32_t> calls;
+    std::transform(
+        gpu.begin(), gpu.end(), std::back_inserter(calls), [](const LoggedCall& call) { return call.call; });
+    EXPECT_THAT(calls,
+                testing::ElementsAre(static_cast<std::uint32_t>(NvapiCall::GpuGetDynamicPstatesInfoEx),
+                                     static_cast<std::uint32_t>(NvapiCall::GpuGetThermalSettings),
+                                     static_cast<std::uint32_t>(NvapiCall::GpuGetMemoryInfo),
+                                     static_cast<std::uint32_t>(NvapiCall::GpuGetAllClockFrequencies)));
+}
+
+TEST_F(SystemInfoMachine, TickUpdatesAtOnceAndThenEvery300Ms) {
+    SystemInfo info;
+    info.tickAt(1'000'000);
+    EXPECT_TRUE(info.dataReady);
+    info.dataReady = false;
+    info.tickAt(1'000'299);
+    EXPECT_FALSE(info.dataReady);
+    info.tickAt(1'000'300);
+    EXPECT_TRUE(info.dataReady);
+}
+
+TEST_F(SystemInfoMachine, DateTimeTextIsTheLocalTime) {
+    SystemInfo info;
+    // The second may change in between.
+    for (int attempt = 0; attempt < 2; ++attempt) {
+        const std::time_t now = std::time(nullptr);
+        std::tm local{};
+        ASSERT_EQ(_localtime64_s(&local, &now), 0);
+        const std::wstring text = info.dateTimeText();
+        if (std::time(nullptr) == now) {
+            EXPECT_EQ(text, clockText(local));
+            EXPECT_EQ(info.timeRecord.tm_sec, local.tm_sec);
+            EXPECT_EQ(info.timeRecord.tm_hour, local.tm_hour);
+            EXPECT_EQ(info.timeRecord.tm_year, local.tm_year);
+            EXPECT_EQ(info.timeRecord.tm_yday, local.tm_yday);
+            return;
+        }
+    }
+    FAIL() << "two readings of the clock took longer than a second";
+}
+
+TEST_F(SystemInfoMachine, UpdatesLeakNothing) {
+    constexpr int kWarmUp = 1'000;
+    constexpr int kUpdates = 5'000;
+    constexpr std::size_t kTolerance = 2 << 20;
+    const RegistryOverride registry;
+    setMail(3);
+    provideAll();
+    SystemInfo info;
+    for (int i = 0; i < kWarmUp; ++i) {
+        info.update();
+    }
+    const std::size_t before = privateMemoryBytes();
+    for (int i = 0; i < kUpdates; ++i) {
+        info.update();
+    }
+    EXPECT_LT(privateMemoryBytes(), before + kTolerance);
+}
+
+TEST_F(SystemInfoMachine, SamplersLeakNothing) {
+    constexpr int kWarmUp = 20;
+    constexpr int kSamplers = 500;
+    constexpr std::size_t kTolerance = 2 << 20;
+    provideAll();
+    const auto makeOne = [] {
+        SystemInfo info;
+        info.update();
+    };
+    for (int i = 0; i < kWarmUp; ++i) {
+        makeOne();
+    }
+    const std::size_t before = privateMemoryBytes();
+    for (int i = 0; i < kSamplers; ++i) {
+        makeOne();
+    }
+    EXPECT_LT(privateMemoryBytes(), before + kTolerance);
+    EXPECT_EQ(nvidia_.callCount(NvapiCall::Initialize), nvidia_.callCount(NvapiCall::Unload));
+    EXPECT_EQ(coreTemp_.callCount(CoreTempCall::Constructor), coreTemp_.callCount(CoreTempCall::Destructor));
+}
+
+TEST(SystemInfo, MissingDeviceEnumeratorIsFatal) {
+    // Without COM on the thread there is none to be had.
+    try {
+        const SystemInfo info;
+        FAIL() << "no exception";
+    } catch (const Panelix::SysException& error) {
+        EXPECT_EQ(error.title, L"System Info Error");
+        EXPECT_EQ(error.message, L"Could not create Audio Device Enumerator");
+    }
+}
+
+}  // namespace
