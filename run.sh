@@ -91,6 +91,7 @@ windowsPath() {
 }
 
 standinFolder="$here/out/release/standins/lcd_sdk"
+runLog="$here/out/run.log"
 startedPids=()
 xvfbPid=''
 
@@ -129,6 +130,7 @@ prepareWine() {
     # Two runs in one prefix would take the keyboard from each other.
     exec {runLock}>"$WINEPREFIX/kelvaro-run.lock"
     flock -n "$runLock" || fail "Kelvaro is running in $WINEPREFIX already"
+    : >"$runLog"
     trap cleanUp EXIT
     trap 'exit 130' INT TERM HUP
 }
@@ -138,11 +140,12 @@ inWine() {
     "$here/scripts/wine.sh" "$@" {runLock}>&-
 }
 
-# The same, without waiting for its end. Its process id goes to `startedPid`.
+# The same, without waiting for its end. Its process id goes to `startedPid`, what it prints to a log: a machine
+# without a sound card alone is worth a screenful of complaints.
 startInWine() {
     (
         exec {runLock}>&-
-        exec "$here/scripts/wine.sh" "$@"
+        exec "$here/scripts/wine.sh" "$@" >>"$runLog" 2>&1
     ) &
     startedPid=$!
     startedPids+=("$startedPid")
@@ -171,7 +174,7 @@ takeShot() {
     fi
     say "Running Kelvaro for ${seconds:-5} seconds"
     startKelvaro
-    inWine "$standinFolder/virtual_g19_tool.exe" "${words[@]}" || fail "there is no picture of the LCD"
+    inWine "$standinFolder/virtual_g19_tool.exe" "${words[@]}" || fail "there is no picture of the LCD (out/run.log has what Kelvaro printed)"
     say "The LCD's picture is in $shotFile"
 }
 
