@@ -22,6 +22,10 @@ void* allocate(std::size_t bytes) noexcept {
     return HeapAlloc(GetProcessHeap(), 0, bytes);
 }
 
+void* allocateNothing(std::size_t) noexcept {
+    return nullptr;
+}
+
 void release(void* block) noexcept {
     HeapFree(GetProcessHeap(), 0, block);
 }
