@@ -96,7 +96,7 @@ bool ReadSettings(bool& autostart, std::uint32_t& delaySeconds) {
     if (!key) {
         return false;
     }
-    ValueBytes value;
+    ValueBytes value{};
     const LSTATUS status = queryValue(key.get(), kRunValue, value);
     if (status != ERROR_SUCCESS && status != ERROR_FILE_NOT_FOUND) {
         return false;
@@ -128,7 +128,7 @@ bool FindExecutablePath(std::string& path) {
     if (!key) {
         return false;
     }
-    ValueBytes folder;
+    ValueBytes folder{};
     if (queryValue(key.get(), kInstallFolderValue, folder) != ERROR_SUCCESS) {
         return false;
     }

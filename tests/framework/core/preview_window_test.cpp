@@ -29,12 +29,15 @@ using testing::ElementsAre;
 
 constexpr wchar_t kClassName[] = L"PanelixWindow";
 
+/// Of icon.rc.
+const LPCWSTR kIcon = MAKEINTRESOURCEW(1);
+
 HINSTANCE thisModule() {
     return GetModuleHandleW(nullptr);
 }
 
 std::unique_ptr<Panelix::PreviewWindow> makeWindow() {
-    return std::make_unique<Panelix::PreviewWindow>(thisModule(), L"Probe", IDI_APPLICATION);
+    return std::make_unique<Panelix::PreviewWindow>(thisModule(), L"Probe", kIcon);
 }
 
 bool isVisible(HWND window) {
@@ -128,7 +131,7 @@ TEST_F(PreviewWindow, IsATopmostToolWindowWithCaptionAndSystemMenu) {
     EXPECT_EQ(GetParent(handle), nullptr);
 }
 
-TEST_F(PreviewWindow, ItsClassRedrawsOnResizeAndHasArrowAndWindowColour) {
+TEST_F(PreviewWindow, ItsClassRedrawsOnResizeAndHasIconArrowAndWindowColour) {
     WNDCLASSEXW facts{};
     facts.cbSize = sizeof(facts);
     ASSERT_NE(GetClassInfoExW(thisModule(), kClassName, &facts), FALSE);
@@ -138,7 +141,9 @@ TEST_F(PreviewWindow, ItsClassRedrawsOnResizeAndHasArrowAndWindowColour) {
     EXPECT_EQ(facts.hCursor, LoadCursorW(nullptr, IDC_ARROW));
     EXPECT_EQ(facts.hbrBackground, reinterpret_cast<HBRUSH>(std::intptr_t{6}));
     EXPECT_EQ(facts.lpszMenuName, nullptr);
-    EXPECT_EQ(facts.hIcon, facts.hIconSm);
+    EXPECT_NE(facts.hIcon, nullptr);
+    EXPECT_EQ(facts.hIcon, LoadIconW(thisModule(), kIcon));
+    EXPECT_EQ(facts.hIconSm, facts.hIcon);
 }
 
 TEST_F(PreviewWindow, HasATrayIconUntilItIsDestroyed) {
