@@ -1,7 +1,13 @@
 #include "stats/gamepad_battery.h"
 
+#include <windows.h>
+
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+
+#include <cstdint>
+#include <cstring>
+#include <vector>
 
 #include "standins/xinput/virtual_gamepad.h"
 #include "tests/stats/standin_session.h"
@@ -85,6 +91,34 @@ TEST_F(GamepadBattery, BatteryThatCannotBeReadIsZero) {
     gamepads_.setBatteryResult(ERROR_DEVICE_NOT_CONNECTED);
     EXPECT_EQ(readGamepadBattery(), 0);
     EXPECT_EQ(gamepads_.callCount(XinputCall::GetBatteryInformation), 1u);
+}
+
+// What this program imports from a library: ordinals, or 0 for an import by name.
+std::vector<std::uint64_t> importsFrom(const char* library) {
+    const auto* const image = reinterpret_cast<const char*>(GetModuleHandleW(nullptr));
+    const auto* const dosHeader = reinterpret_cast<const IMAGE_DOS_HEADER*>(image);
+    const auto* const headers = reinterpret_cast<const IMAGE_NT_HEADERS64*>(image + dosHeader->e_lfanew);
+    const DWORD offset = headers->OptionalHeader.DataDirectory[IMAGE_DIRECTORY_ENTRY_IMPORT].VirtualAddress;
+    std::vector<std::uint64_t> imports;
+    for (const auto* entry = reinterpret_cast<const IMAGE_IMPORT_DESCRIPTOR*>(image + offset);
+         entry->Name != 0;
+         ++entry) {
+        if (_stricmp(image + entry->Name, library) != 0) {
+            continue;
+        }
+        for (const auto* thunk =
+                 reinterpret_cast<const IMAGE_THUNK_DATA64*>(image + entry->OriginalFirstThunk);
+             thunk->u1.AddressOfData != 0;
+             ++thunk) {
+            const std::uint64_t word = thunk->u1.Ordinal;
+            imports.push_back(IMAGE_SNAP_BY_ORDINAL64(word) ? IMAGE_ORDINAL64(word) : 0);
+        }
+    }
+    return imports;
+}
+
+TEST_F(GamepadBattery, XinputIsImportedByItsOrdinals) {
+    EXPECT_THAT(importsFrom("XINPUT1_4.dll"), testing::UnorderedElementsAre(2, 7));
 }
 
 }  // namespace

@@ -5,11 +5,15 @@
 #include <filesystem>
 #include <string>
 
+#include "framework/core/com_apartment.h"
+#include "standins/core_audio/loaded_core_audio.h"
+#include "standins/core_temp/virtual_core_temp.h"
 #include "standins/nvapi/virtual_nvidia.h"
 #include "standins/vendor_libraries.h"
 #include "stats/core_temp_library.h"
 #include "stats/gpu_amd.h"
 #include "stats/gpu_nvidia.h"
+#include "stats/system_info.h"
 #include "tests/stats/standin_session.h"
 
 // Where the vendors' libraries are looked for. The tests put files into places that other programs see as
@@ -131,6 +135,29 @@ TEST_F(LibrarySearch, CoreTempIsNotTakenFromTheCurrentFolderOrThePath) {
 
 TEST_F(LibrarySearch, MissingCoreTempIsNoLibrary) {
     EXPECT_EQ(CoreTempLibrary::load(), nullptr);
+}
+
+TEST_F(LibrarySearch, LibraryThatComesLaterIsNotLookedForInEveryPass) {
+    Standins::VirtualCoreTemp coreTemp;
+    coreTemp.setRunning(true);
+    Standins::VirtualNvidia nvidia;
+    nvidia.setGpuCount(1);
+    const Panelix::ComApartment com;
+    const Standins::LoadedCoreAudio audio;
+    SystemInfo info;
+    const CopiedLibrary reader(Standins::vendorLibraryPath(VendorLibrary::CoreTemp), programFolder());
+    const CopiedLibrary driver(Standins::vendorLibraryPath(VendorLibrary::Nvapi), systemFolder());
+    info.update();
+    info.update();
+    EXPECT_FALSE(info.coreTempAvailable);
+    EXPECT_FALSE(info.gpuStats.loadValid);
+    EXPECT_EQ(GetModuleHandleW(L"GetCoreTempInfo.dll"), nullptr);
+    EXPECT_EQ(GetModuleHandleW(L"nvapi64.dll"), nullptr);
+    // They are where a new sampler finds them.
+    SystemInfo later;
+    later.update();
+    EXPECT_TRUE(later.coreTempAvailable);
+    EXPECT_TRUE(later.gpuStats.loadValid);
 }
 
 }  // namespace

@@ -12,6 +12,7 @@
 #include "framework/core/com_apartment.h"
 #include "framework/drawing/sys_exception.h"
 #include "standins/adl/virtual_radeon.h"
+#include "standins/core_audio/loaded_core_audio.h"
 #include "standins/core_temp/virtual_core_temp.h"
 #include "standins/nvapi/virtual_nvidia.h"
 #include "standins/vendor_libraries.h"
@@ -74,6 +75,8 @@ protected:
 private:
     StandinSession session_;
     Panelix::ComApartment com_;
+    // No sound device, whatever the machine has.
+    Standins::LoadedCoreAudio audio_;
     std::vector<std::unique_ptr<PreloadedLibrary>> libraries_;
 
 protected:
