@@ -2,6 +2,11 @@
 
 #include <gtest/gtest.h>
 
+#include <atomic>
+#include <thread>
+
+#include "tests/stats/audio/guarded_sampler.h"
+#include "tests/stats/audio/heap_watch.h"
 #include "tests/stats/audio/with_audio.h"
 
 namespace {
@@ -80,6 +85,84 @@ TEST_F(AudioCallback, ChangesNothingOnceDetached) {
     EXPECT_EQ(callback->OnNotify(&notice), S_OK);
     callback->adoptReading({70, 71, 72, true});
     EXPECT_EQ(AudioSnapshot::of(info), kSilence);
+}
+
+TEST_F(AudioCallback, ItsMemoryGoesWithTheLastReference) {
+    const std::ptrdiff_t before = heapBlocksInUse();
+    AudioDeviceCallback* const raw = AudioDeviceCallback::create(info, AudioEndpoint::Microphone).Detach();
+    EXPECT_EQ(heapBlocksInUse(), before + 1);
+    raw->AddRef();
+    raw->Release();
+    EXPECT_EQ(heapBlocksInUse(), before + 1);
+    raw->Release();
+    EXPECT_EQ(heapBlocksInUse(), before);
+}
+
+/// Stops the first thread that writes to a sampler in the middle of its work, until it is let go on.
+class HeldWriter {
+public:
+    explicit HeldWriter(GuardedSampler& sampler) {
+        sampler_ = &sampler;
+        sampler.refuseWriting();
+        handler_ = AddVectoredExceptionHandler(1, &onException);
+    }
+    ~HeldWriter() {
+        letGo();
+        RemoveVectoredExceptionHandler(handler_);
+    }
+    HeldWriter(const HeldWriter&) = delete;
+    HeldWriter& operator=(const HeldWriter&) = delete;
+
+    static void waitUntilHeld() {
+        while (!held_) {
+            Sleep(1);
+        }
+    }
+    static void letGo() { letGo_ = true; }
+
+private:
+    static LONG CALLBACK onException(EXCEPTION_POINTERS* exception) {
+        const EXCEPTION_RECORD& record = *exception->ExceptionRecord;
+        if (record.ExceptionCode != EXCEPTION_ACCESS_VIOLATION ||
+            !sampler_->contains(record.ExceptionInformation[1])) {
+            return EXCEPTION_CONTINUE_SEARCH;
+        }
+        held_ = true;
+        while (!letGo_) {
+            Sleep(1);
+        }
+        sampler_->allowWriting();
+        return EXCEPTION_CONTINUE_EXECUTION;
+    }
+
+    static inline GuardedSampler* sampler_ = nullptr;
+    static inline std::atomic<bool> held_{false};
+    static inline std::atomic<bool> letGo_{false};
+
+    PVOID handler_;
+};
+
+TEST_F(AudioCallback, DetachingWaitsForTheNoticeThatIsBeingTaken) {
+    GuardedSampler sampler;
+    callback = AudioDeviceCallback::create(*sampler, AudioEndpoint::Speaker);
+    HeldWriter writer(sampler);
+    std::thread notifier([this] {
+        AUDIO_VOLUME_NOTIFICATION_DATA notice = noticeOf(0.3F, true);
+        EXPECT_EQ(callback->OnNotify(&notice), S_OK);
+    });
+    HeldWriter::waitUntilHeld();
+
+    std::atomic<bool> detached{false};
+    std::thread detacher([this, &detached] {
+        callback->detach();
+        detached = true;
+    });
+    Sleep(100);
+    EXPECT_FALSE(detached) << "the notice was still writing";
+    HeldWriter::letGo();
+    detacher.join();
+    notifier.join();
+    EXPECT_EQ(AudioSnapshot::of(*sampler), (AudioSnapshot{30, 0, 30, true, false}));
 }
 
 TEST_F(AudioCallback, TakesAnyMuteOtherThanZeroForMuted) {

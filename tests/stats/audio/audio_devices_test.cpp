@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include "tests/stats/audio/heap_watch.h"
 #include "tests/stats/audio/task_memory_watch.h"
 #include "tests/stats/audio/with_audio.h"
 
@@ -206,6 +207,19 @@ TEST_F(AudioDevices, ChosenOnesSendTheirNoticesFromThenOn) {
     EXPECT_EQ(AudioSnapshot::of(*info), (AudioSnapshot{25, 80, 80, true, false}));
     EXPECT_FLOAT_EQ(audio.levels(kHeadphones).channels[1], 0.8F);
     expectNothingLeft(info);
+}
+
+TEST_F(AudioDevices, AreChosenWithoutLeavingMemoryBehind) {
+    addDevices();
+    SystemInfo info;
+    info.setDefaultDevice(L"id-headphones");
+    const std::ptrdiff_t before = heapBlocksInUse();
+    const TaskMemoryWatch taskMemory;
+    for (const wchar_t* id : {L"id-monitor", L"id-speakers", L"id-headphones"}) {
+        info.setDefaultDevice(id);
+    }
+    EXPECT_EQ(heapBlocksInUse(), before);
+    EXPECT_EQ(taskMemory.allocated(), taskMemory.freed());
 }
 
 TEST_F(AudioDevices, ThatGoBetweenListingAndChoosingLeaveTheDefaultAsItWas) {

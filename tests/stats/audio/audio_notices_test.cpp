@@ -4,6 +4,7 @@
 
 #include <limits>
 
+#include "tests/stats/audio/guarded_sampler.h"
 #include "tests/stats/audio/with_audio.h"
 
 namespace {
@@ -126,8 +127,10 @@ TEST_F(AudioNotices, OfTheNewBindingCountOnceBesideLateOnes) {
 }
 
 TEST_F(AudioNotices, AfterTheSamplersEndAreHarmless) {
-    audio.setKeepsCallbacks(true);
     info.reset();
+    audio.setKeepsCallbacks(true);
+    GuardedSampler sampler;
+    sampler.end();
     notify(kSpeakers, {GUID{}, {{0.9F, 0.9F}, 0.9F, true}});
     EXPECT_EQ(audio.lastNoticeResult(), S_OK);
     notify(kMicrophone, {GUID{}, {{0.9F, 0.9F}, 0.9F, true}});

@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include "tests/stats/audio/guarded_sampler.h"
 #include "tests/stats/audio/with_audio.h"
 
 namespace {
@@ -24,17 +25,26 @@ const Choice kChoices[] = {{L"id-headphones", kHeadphonesSnapshot},
 class AudioStress : public WithAudio {
 protected:
     AudioStress() { addDevices(); }
+
+    /// Makes the device the default one, then looks for a while whether another one's levels show.
+    void choose(SystemInfo& info, int number, int looks) {
+        const Choice& choice = kChoices[static_cast<std::size_t>(number) % std::size(kChoices)];
+        info.setDefaultDevice(choice.id);
+        for (int look = 0; look < looks; ++look) {
+            ASSERT_EQ(AudioSnapshot::of(info), choice.snapshot) << "switch " << number << ", look " << look;
+            SwitchToThread();
+        }
+    }
 };
 
 // Every device keeps saying its own levels. A notice of a former default device that still got through would
 // show as that device's levels.
 TEST_F(AudioStress, ThousandSwitchesUnderFourFloodingThreads) {
-    auto info = std::make_unique<SystemInfo>();
+    constexpr int kLooks = 20;
+    GuardedSampler info;
     ASSERT_TRUE(audio.setFlood(kFloodThreads));
     for (int i = 0; i < kSwitches; ++i) {
-        const Choice& choice = kChoices[static_cast<std::size_t>(i) % std::size(kChoices)];
-        info->setDefaultDevice(choice.id);
-        ASSERT_EQ(AudioSnapshot::of(*info), choice.snapshot) << "switch " << i;
+        ASSERT_NO_FATAL_FAILURE(choose(*info, i, kLooks));
     }
     const std::uint64_t delivered = audio.noticesDelivered();
     EXPECT_GT(delivered, static_cast<std::uint64_t>(kSwitches)) << "that was no flood";
@@ -47,24 +57,25 @@ TEST_F(AudioStress, ThousandSwitchesUnderFourFloodingThreads) {
     ASSERT_TRUE(audio.settle());
     EXPECT_EQ(AudioSnapshot::of(*info), (AudioSnapshot{77, 66, 77, true, true}));
 
-    expectNothingLeft(info);
+    ASSERT_TRUE(audio.setFlood(kFloodThreads));
+    info.end();
+    ASSERT_TRUE(audio.setFlood(0));
+    expectNothingLeft();
     EXPECT_EQ(audio.callbackEvents(CallbackEvent::Registered), 2U * (kSwitches + 1));
     EXPECT_EQ(audio.callbackEvents(CallbackEvent::Abandoned), 0U);
 }
 
 TEST_F(AudioStress, SamplerEndsUnderFlood) {
     constexpr int kSamplers = 100;
-    ASSERT_NE(audio.defaultDevice(AudioFlow::Render), std::nullopt);
-    auto first = std::make_unique<SystemInfo>();
+    GuardedSampler first;
     ASSERT_TRUE(audio.setFlood(kFloodThreads));
     for (int i = 0; i < kSamplers; ++i) {
-        auto info = std::make_unique<SystemInfo>();
-        info->setDefaultDevice(kChoices[static_cast<std::size_t>(i) % std::size(kChoices)].id);
-        info.reset();
+        GuardedSampler info;
+        ASSERT_NO_FATAL_FAILURE(choose(*info, i, 1));
     }
-    first.reset();
+    first.end();
     ASSERT_TRUE(audio.setFlood(0));
-    expectNothingLeft(first);
+    expectNothingLeft();
     EXPECT_EQ(audio.callbackEvents(CallbackEvent::Registered), 2U * (2 * kSamplers + 1));
     EXPECT_EQ(audio.callbackEvents(CallbackEvent::Abandoned), 0U);
 }
@@ -73,20 +84,19 @@ TEST_F(AudioStress, SamplerEndsUnderFlood) {
 TEST_F(AudioStress, LateNoticesFloodFormerCallbacks) {
     constexpr int kRebindings = 100;
     audio.setKeepsCallbacks(true);
-    auto info = std::make_unique<SystemInfo>();
+    constexpr int kLooks = 200;
+    GuardedSampler info;
     ASSERT_TRUE(audio.setFlood(kFloodThreads));
     for (int i = 0; i < kRebindings; ++i) {
-        const Choice& choice = kChoices[static_cast<std::size_t>(i) % std::size(kChoices)];
-        info->setDefaultDevice(choice.id);
-        ASSERT_EQ(AudioSnapshot::of(*info), choice.snapshot) << "switch " << i;
+        ASSERT_NO_FATAL_FAILURE(choose(*info, i, kLooks));
     }
-    info.reset();
+    info.end();
     const std::uint64_t before = audio.noticesDelivered();
     Sleep(100);
     EXPECT_GT(audio.noticesDelivered(), before) << "nobody was late";
     ASSERT_TRUE(audio.setFlood(0));
     ASSERT_TRUE(audio.dropKeptCallbacks());
-    expectNothingLeft(info);
+    expectNothingLeft();
     EXPECT_EQ(audio.callbackEvents(CallbackEvent::Freed), 2U * (kRebindings + 1));
 }
 
@@ -99,8 +109,7 @@ TEST_F(AudioStress, ChangesDuringBindingAreNotLost) {
         audio.setLevels(kSpeakers, {{volume, volume}, volume, false});
         info.bindAudio();
         ASSERT_TRUE(audio.settle());
-        const int expected = percent;
-        ASSERT_EQ(AudioSnapshot::of(info), (AudioSnapshot{expected, expected, expected, false, false}))
+        ASSERT_EQ(AudioSnapshot::of(info), (AudioSnapshot{percent, percent, percent, false, false}))
             << "change " << i;
     }
 }

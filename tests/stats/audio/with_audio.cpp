@@ -55,6 +55,10 @@ void WithAudio::notify(std::uint32_t device, const Standins::AudioNotice& notice
 
 void WithAudio::expectNothingLeft(std::unique_ptr<SystemInfo>& info) {
     info.reset();
+    expectNothingLeft();
+}
+
+void WithAudio::expectNothingLeft() {
     EXPECT_EQ(audio.liveObjects(), 0);
     for (std::size_t kind = 0; kind < Standins::kAudioObjectCount; ++kind) {
         EXPECT_EQ(audio.references(static_cast<Standins::AudioObject>(kind)), 0) << "kind " << kind;

@@ -34,7 +34,9 @@ protected:
     /// Sends a notice for the device and waits until it was taken.
     void notify(std::uint32_t device, const Standins::AudioNotice& notice);
 
-    /// Ends the sampler, then expects that nothing of it or of the stand-in's objects is left.
+    /// Expects that all of the stand-in's objects have gone, and that no callback is referred to.
+    void expectNothingLeft();
+    /// Ends the sampler before.
     void expectNothingLeft(std::unique_ptr<SystemInfo>& info);
 
     /// The calls since the given number of them, most telling parts only: call and device.
