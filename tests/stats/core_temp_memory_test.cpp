@@ -9,6 +9,7 @@
 #include "stats/core_temp_proxy.h"
 #include "stats/core_temp_reading.h"
 #include "tests/stats/core_temp_cases.h"
+#include "tests/stats/free_handles.h"
 #include "tests/stats/preloaded_library.h"
 #include "tests/stats/standin_session.h"
 
@@ -129,16 +130,12 @@ TEST(CoreTempMemories, LibraryComesBeforeTheMemory) {
 
 TEST(CoreTempMemories, MappingIsClosedAfterEveryReading) {
     const PublishedCoreTemp published(CoreTempMapping::Extended);
-    const auto nextHandle = [] {
-        const Panelix::UniqueHandle handle(CreateEventW(nullptr, TRUE, FALSE, nullptr));
-        return reinterpret_cast<std::uintptr_t>(handle.get());
-    };
     readCoreTemp(kNoLibrary);
-    const std::uintptr_t before = nextHandle();
+    const std::uintptr_t before = greatestOfNextHandles();
     for (int i = 0; i < 2000; ++i) {
         readCoreTemp(kNoLibrary);
     }
-    EXPECT_EQ(nextHandle(), before);
+    EXPECT_EQ(greatestOfNextHandles(), before);
 }
 
 }  // namespace
