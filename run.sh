@@ -13,7 +13,7 @@ source "$here/scripts/display.sh"
 
 usage() {
     cat <<TEXT
-Usage: ./run.sh [--shot FILE] [--seconds N] [--press LIST]
+Usage: ./run.sh [--simulate] [--desktop] [--shot FILE] [--seconds N] [--press LIST]
 
 Installs the packages that are missing (Debian 12), builds out/release/Kelvaro.exe, and runs it under Wine on a
 virtual G19 keyboard. Nothing is installed or built twice.
@@ -22,7 +22,10 @@ With a display, a window shows the keyboard's LCD and its buttons: click them, o
 Esc (CANCEL) and M (MENU). Closing the window ends Kelvaro.
 Without a display (DISPLAY is not set), Kelvaro runs for some seconds and the LCD's picture goes to out/lcd.png.
 
-  --shot FILE    no window: save the LCD's picture as FILE (PNG) and end
+  --simulate     all figures move: sensors, graphics card, sound, mail and gamepad are stand-ins for this run
+  --desktop      desktop mode: no keyboard, but a tray icon, whose menu shows the preview window and ends Kelvaro;
+                 without a display the preview's picture goes to out/desktop.png
+  --shot FILE    no window: save the LCD's (or the preview's) picture as FILE (PNG) and end
   --seconds N    how long Kelvaro runs before buttons are pressed and the picture is taken (default: 5)
   --press LIST   press these buttons before the picture is taken, for example menu,right,down,ok;
                  there are up, right, down, left, menu, ok, cancel
@@ -35,11 +38,15 @@ TEXT
 shotFile=''
 seconds=''
 presses=''
+simulate=0
+desktop=0
 
 parseOptions() {
     while (($# > 0)); do
         case "$1" in
             -h | --help) usage && exit 0 ;;
+            --simulate) simulate=1 ;;
+            --desktop) desktop=1 ;;
             --shot | --seconds | --press)
                 [[ -n "${2:-}" ]] || fail "$1 needs a value"
                 setOption "$1" "$2"
@@ -71,8 +78,10 @@ setOption() {
 
 # Everything that can be known to fail is refused before the packages and the build cost minutes.
 checkOptions() {
+    ((!desktop)) || [[ -z "$presses" ]] || fail "--press presses buttons of the keyboard, which --desktop has not"
     if [[ -z "$shotFile" && -z "${DISPLAY:-}" ]]; then
         shotFile="$here/out/lcd.png"
+        ((!desktop)) || shotFile="$here/out/desktop.png"
         mkdir -p "$here/out"
     fi
     if [[ -z "$shotFile" ]]; then
@@ -90,7 +99,9 @@ windowsPath() {
     printf '%s' "Z:${1//\//\\}"
 }
 
-standinFolder="$here/out/release/standins/lcd_sdk"
+standins="$here/out/release/standins"
+keyboardFolder="$standins/lcd_sdk"
+program="$here/out/release/Kelvaro.exe"
 runLog="$here/out/run.log"
 startedPids=()
 xvfbPid=''
@@ -106,6 +117,7 @@ cleanUp() {
         wait "$pid" 2>/dev/null || true
     done
     if [[ -n "${WINEPREFIX:-}" && -f "$WINEPREFIX/kelvaro-prefix.stamp" ]]; then
+        removeSimulation || true
         "$(findWineserver)" -k 2>/dev/null || true
     fi
     if [[ -n "$xvfbPid" ]]; then
@@ -151,20 +163,81 @@ startInWine() {
     startedPids+=("$startedPid")
 }
 
-# The registration is what makes Kelvaro find a keyboard: without it, it runs in desktop mode.
-registerKeyboard() {
+# Frames and focus of windows: see hasWindowManager.
+setWindowFrames() {
     local managed=N
     if hasWindowManager; then
         managed=Y
     fi
     inWine reg add 'HKCU\Software\Wine\X11 Driver' /v Managed /d "$managed" /f >/dev/null 2>&1 ||
         fail "Wine does not work in $WINEPREFIX"
-    inWine "$standinFolder/virtual_g19_tool.exe" --register --force >/dev/null
+}
+
+# The registration is what makes Kelvaro find a keyboard: without it, it runs in desktop mode.
+chooseMode() {
+    local action=--register
+    if ((desktop)); then
+        action=--unregister
+    fi
+    inWine "$keyboardFolder/virtual_g19_tool.exe" "$action" --force >/dev/null
+}
+
+driverOfSimulation() {
+    printf '%s' "$WINEPREFIX/drive_c/windows/system32/nvapi64.dll"
+}
+
+audioOfSimulation() {
+    windowsPath "$standins/core_audio/core_audio_standin.dll"
+}
+
+# Puts the stand-ins of the vendor libraries where Kelvaro looks for them, and starts what moves their figures.
+installSimulation() {
+    local folder="$here/out/simulate" tenths
+    say "Setting up the simulated machine"
+    mkdir -p "$folder"
+    cp "$program" "$standins/core_temp/GetCoreTempInfo.dll" "$standins/xinput/XINPUT1_4.dll" "$folder/"
+    program="$folder/Kelvaro.exe"
+    export WINEDLLOVERRIDES="xinput1_4=n,b;$WINEDLLOVERRIDES"
+    cp "$standins/nvapi/nvapi64.dll" "$(driverOfSimulation)"
+    inWine regsvr32 /s "$(audioOfSimulation)" >>"$runLog" 2>&1 || fail "the simulated sound system cannot be registered"
+    startInWine "$standins/simulator/simulator.exe"
+    for ((tenths = 0; tenths < 300; ++tenths)); do
+        if grep -q '^ready' "$runLog"; then
+            return
+        fi
+        sleep 0.1
+    done
+    fail "the simulated machine does not start (out/run.log)"
+}
+
+# Takes back what installSimulation did, also in a run that could not. The driver comes first and goes last, so
+# it tells whether there is anything to take back.
+removeSimulation() {
+    if [[ ! -e "$(driverOfSimulation)" ]]; then
+        return
+    fi
+    inWine regsvr32 /u /s "$(audioOfSimulation)" >>"$runLog" 2>&1 || say "the simulated sound system stays registered"
+    inWine "$standins/simulator/simulator.exe" --forget >>"$runLog" 2>&1 || say "the simulated mail stays"
+    rm -f "$(driverOfSimulation)"
 }
 
 startKelvaro() {
-    startInWine "$here/out/release/Kelvaro.exe"
+    startInWine "$program"
     kelvaroPid="$startedPid"
+}
+
+takePreviewShot() {
+    say "Running Kelvaro in desktop mode for ${seconds:-5} seconds"
+    startKelvaro
+    inWine "$standins/desktop/preview_shot.exe" "$(windowsPath "$shotFile")" "${seconds:-5}" ||
+        fail "there is no picture of the preview window (out/run.log has what Kelvaro printed)"
+    say "The preview window's picture is in $shotFile"
+}
+
+runDesktop() {
+    say "Kelvaro runs in desktop mode: its icon is in the notification area, its menu has Show and Exit"
+    startKelvaro
+    wait "$kelvaroPid" || fail "Kelvaro has ended with exit code $? (out/run.log has what it printed)"
 }
 
 takeShot() {
@@ -174,14 +247,14 @@ takeShot() {
     fi
     say "Running Kelvaro for ${seconds:-5} seconds"
     startKelvaro
-    inWine "$standinFolder/virtual_g19_tool.exe" "${words[@]}" || fail "there is no picture of the LCD (out/run.log has what Kelvaro printed)"
+    inWine "$keyboardFolder/virtual_g19_tool.exe" "${words[@]}" || fail "there is no picture of the LCD (out/run.log has what Kelvaro printed)"
     say "The LCD's picture is in $shotFile"
 }
 
 showWindow() {
     local viewerPid code=0
     say "Showing Kelvaro on the virtual keyboard; close its window to end"
-    startInWine "$standinFolder/virtual_g19.exe"
+    startInWine "$keyboardFolder/virtual_g19.exe"
     viewerPid="$startedPid"
     startKelvaro
     # Whoever ends first: Kelvaro may be told to by its options page, and the viewer then says so.
@@ -197,13 +270,24 @@ showWindow() {
 parseOptions "$@"
 checkOptions
 ensurePackages "${KELVARO_RUN_PACKAGES[@]}"
-buildPreset release Kelvaro virtual_g19 virtual_g19_tool
+targets=(Kelvaro virtual_g19 virtual_g19_tool simulator)
+if ((desktop)); then
+    targets+=(preview_shot)
+fi
+buildPreset release "${targets[@]}"
 prepareWine
 if [[ -n "$shotFile" ]]; then
     startXvfb
-    registerKeyboard
-    takeShot
-else
-    registerKeyboard
-    showWindow
 fi
+setWindowFrames
+chooseMode
+removeSimulation
+if ((simulate)); then
+    installSimulation
+fi
+case "$desktop:${shotFile:+shot}" in
+    0:shot) takeShot ;;
+    1:shot) takePreviewShot ;;
+    0:) showWindow ;;
+    1:) runDesktop ;;
+esac

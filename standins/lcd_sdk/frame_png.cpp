@@ -1,9 +1,5 @@
 #include "standins/lcd_sdk/frame_png.h"
 
-#include <windows.h>
-
-#include <gdiplus.h>
-
 namespace Standins {
 
 namespace {
@@ -26,6 +22,10 @@ bool saveFramePng(const G19Frame& frame, const std::wstring& path) {
             picture.SetPixel(x, y, Gdiplus::Color(pixel[2], pixel[1], pixel[0]));
         }
     }
+    return savePng(picture, path);
+}
+
+bool savePng(Gdiplus::Bitmap& picture, const std::wstring& path) {
     return picture.Save(path.c_str(), &kPngEncoder, nullptr) == Gdiplus::Ok;
 }
 
