@@ -5,7 +5,7 @@
 #include <algorithm>
 #include <array>
 #include <bit>
-#include <cstring>
+#include <bitset>
 
 namespace Panelix {
 
@@ -36,26 +36,6 @@ std::uint8_t blendChannel(std::size_t destination, std::size_t source, BlendMode
     return static_cast<std::uint8_t>(std::clamp(result, 0.0, 1.0) * 255.0);
 }
 
-/// Results of one mode, indexed by destination value * 256 + source value.
-using BlendTable = std::array<std::uint8_t, kChannelValues * kChannelValues>;
-
-BlendTable makeTable(BlendMode mode) {
-    BlendTable table;
-    for (std::size_t destination = 0; destination < kChannelValues; ++destination) {
-        for (std::size_t source = 0; source < kChannelValues; ++source) {
-            table[destination * kChannelValues + source] = blendChannel(destination, source, mode);
-        }
-    }
-    return table;
-}
-
-/// Never called with an unknown mode.
-const BlendTable& tableOf(BlendMode mode) {
-    static const std::array<BlendTable, 3> tables{
-        makeTable(BlendMode::Multiply), makeTable(BlendMode::Add), makeTable(BlendMode::Subtract)};
-    return tables[static_cast<std::size_t>(mode)];
-}
-
 __m128i loadVector(const void* pixels) {
     return _mm_loadu_si128(static_cast<const __m128i*>(pixels));
 }
@@ -68,14 +48,29 @@ __m128i opaqueBlackVector() {
     return _mm_set1_epi32(static_cast<int>(kOpaqueBlack));
 }
 
-void blendPixelByTable(std::uint32_t& destination, std::uint32_t source, const BlendTable& table) {
+std::uint32_t blendPixel(std::uint32_t destination, std::uint32_t source, BlendMode mode) {
     std::uint32_t result = kOpaqueBlack;
     for (const unsigned shift : {0U, 8U, 16U}) {
-        const std::size_t d = (destination >> shift) & 0xFF;
-        const std::size_t s = (source >> shift) & 0xFF;
-        result |= std::uint32_t{table[d * kChannelValues + s]} << shift;
+        const std::uint8_t value =
+            blendChannel((destination >> shift) & 0xFF, (source >> shift) & 0xFF, mode);
+        result |= std::uint32_t{value} << shift;
     }
-    destination = result;
+    return result;
+}
+
+// Add and subtract: a table, for the doubles leave the whole-number result at thousands of irregular pairs.
+
+/// Results of one mode, indexed by destination value * 256 + source value.
+using BlendTable = std::array<std::uint8_t, kChannelValues * kChannelValues>;
+
+BlendTable makeTable(BlendMode mode) {
+    BlendTable table;
+    for (std::size_t destination = 0; destination < kChannelValues; ++destination) {
+        for (std::size_t source = 0; source < kChannelValues; ++source) {
+            table[destination * kChannelValues + source] = blendChannel(destination, source, mode);
+        }
+    }
+    return table;
 }
 
 void blendVectorByTable(std::uint32_t* destination, const std::uint32_t* source, const BlendTable& table) {
@@ -95,102 +90,137 @@ void blendVectorByTable(std::uint32_t* destination, const std::uint32_t* source,
     }
 }
 
-// Multiply without a table, but for a few values: the doubles truncate d * s / 255, so they can differ from
-// the integer quotient only where that division leaves nothing and they come out just below the whole number.
-// Such suspects are rare once 0 and 255 are taken out, with which the result is always exact.
+/// Whole vectors.
+void blendVectorsByTable(std::uint32_t* destination,
+                         const std::uint32_t* source,
+                         std::size_t count,
+                         const BlendTable& table) {
+    for (std::size_t pixel = 0; pixel < count; pixel += kVectorPixels) {
+        blendVectorByTable(destination + pixel, source + pixel, table);
+    }
+}
 
-/// Two runs of pixels share the 64 bits of one suspect mask: the processor predicts one longer loop over bits
-/// better than two short ones.
-constexpr std::size_t kRunPixels = 16;
-constexpr std::size_t kRunBytes = kRunPixels * sizeof(std::uint32_t);
-constexpr std::size_t kBlockPixels = 2 * kRunPixels;
+// Multiply: whole numbers. The doubles truncate d * s / 255, so they can differ from the integer quotient
+// only where that division leaves nothing and they come out just below the whole number. Such suspects are
+// rare once 0 and 255 are taken out, with which the result is always exact. They are looked up in 8 KiB: with
+// a table of results, most of the time would go into bringing it back to the nearest cache.
 
-struct Quotients {
-    __m128i values;
-    /// All bits set where the division left nothing.
-    __m128i whole;
+/// For each quotient the source values with which the doubles fall short of it. As nothing is left, quotient
+/// and source stand for one destination value.
+using ShortfallTable = std::array<std::bitset<kChannelValues>, kChannelValues>;
+
+ShortfallTable makeShortfallTable() {
+    ShortfallTable table;
+    for (std::size_t destination = 0; destination < kChannelValues; ++destination) {
+        for (std::size_t source = 0; source < kChannelValues; ++source) {
+            const std::size_t quotient = destination * source / 255;
+            if (blendChannel(destination, source, BlendMode::Multiply) < quotient) {
+                table[quotient].set(source);
+            }
+        }
+    }
+    return table;
+}
+
+/// So many pixels at a time that what is noted about them stays in the nearest cache.
+constexpr std::size_t kChunkPixels = 256;
+
+/// Blue, green and red of the pixels of a vector, in a mask of its bytes.
+constexpr unsigned kColourBytes = 0x7777;
+
+/// Bytes of one vector, a bit for each, the first byte's lowest.
+struct Suspects {
+    std::uint32_t bytes;
+    std::uint32_t pixel;
 };
 
-/// d * s / 255 of eight 16-bit lanes.
-Quotients multiplyLanes(__m128i destination, __m128i source) {
-    const __m128i product = _mm_mullo_epi16(destination, source);
-    // (p + 1) * 257 / 65,536 is p / 255 for every product p of two bytes.
-    const __m128i values = _mm_mulhi_epu16(_mm_add_epi16(product, _mm_set1_epi16(1)), _mm_set1_epi16(257));
-    return {values, _mm_cmpeq_epi16(_mm_mullo_epi16(values, _mm_set1_epi16(255)), product)};
-}
-
-/// Multiplies four pixels; the answer has a bit for every suspect byte.
-std::uint64_t multiplyVector(std::uint32_t* destination, const std::uint32_t* source) {
+/// Multiplies four pixels; the answer are the suspect bytes.
+std::uint32_t multiplyVector(std::uint32_t* destination, const std::uint32_t* source) {
     const __m128i zero = _mm_setzero_si128();
-    const __m128i alpha = opaqueBlackVector();
+    const __m128i all = _mm_set1_epi8(-1);
     const __m128i d = loadVector(destination);
     const __m128i s = loadVector(source);
-    const Quotients low = multiplyLanes(_mm_unpacklo_epi8(d, zero), _mm_unpacklo_epi8(s, zero));
-    const Quotients high = multiplyLanes(_mm_unpackhi_epi8(d, zero), _mm_unpackhi_epi8(s, zero));
-    const __m128i values = _mm_packus_epi16(low.values, high.values);
-    const __m128i whole = _mm_packs_epi16(low.whole, high.whole);
-    // With 0 or 255 on one side the quotient equals one of the two.
-    const __m128i sure =
-        _mm_or_si128(_mm_or_si128(_mm_cmpeq_epi8(values, d), _mm_cmpeq_epi8(values, s)), alpha);
-    storeVector(destination, _mm_or_si128(values, alpha));
-    return static_cast<std::uint64_t>(_mm_movemask_epi8(_mm_andnot_si128(sure, whole)));
+    const __m128i first = _mm_mullo_epi16(_mm_unpacklo_epi8(d, zero), _mm_unpacklo_epi8(s, zero));
+    const __m128i second = _mm_mullo_epi16(_mm_unpackhi_epi8(d, zero), _mm_unpackhi_epi8(s, zero));
+    // A product is 256 * high + low, which is 255 * high + (high + low). As the sum is below 510, the
+    // quotient is high, or one more when the sum is 255 or more; it is whole when the product is 0 or the sum
+    // is 255.
+    const __m128i high = _mm_packus_epi16(_mm_srli_epi16(first, 8), _mm_srli_epi16(second, 8));
+    const __m128i lowBytes = _mm_set1_epi16(0xFF);
+    const __m128i low = _mm_packus_epi16(_mm_and_si128(first, lowBytes), _mm_and_si128(second, lowBytes));
+    const __m128i oneMore = _mm_cmpeq_epi8(_mm_adds_epu8(high, low), all);
+    storeVector(destination, _mm_or_si128(_mm_sub_epi8(high, oneMore), opaqueBlackVector()));
+
+    const __m128i whole = _mm_cmpeq_epi8(_mm_add_epi8(high, low), all);
+    const __m128i exact = _mm_cmpeq_epi8(_mm_max_epu8(d, s), all);
+    return static_cast<std::uint32_t>(_mm_movemask_epi8(_mm_andnot_si128(exact, whole))) & kColourBytes;
 }
 
-/// A bit for every suspect byte of the run, the first byte's lowest.
-std::uint64_t multiplyRun(std::uint32_t* destination, const std::uint32_t* source) {
-    std::uint64_t suspects = 0;
-    for (std::size_t pixel = 0; pixel < kRunPixels; pixel += kVectorPixels) {
-        suspects |= multiplyVector(destination + pixel, source + pixel) << (pixel * sizeof(std::uint32_t));
-    }
-    return suspects;
-}
-
-void multiplyBlock(std::uint32_t* destination, const std::uint32_t* source, const BlendTable& table) {
-    std::array<std::uint8_t, 2 * kRunBytes> before;
-    std::memcpy(before.data(), destination, before.size());
-    std::uint64_t suspects = multiplyRun(destination, source);
-    suspects |= multiplyRun(destination + kRunPixels, source + kRunPixels);
-
-    auto* results = reinterpret_cast<std::uint8_t*>(destination);
-    const auto* factors = reinterpret_cast<const std::uint8_t*>(source);
-    for (; suspects != 0; suspects &= suspects - 1) {
-        const auto first = static_cast<std::size_t>(std::countr_zero(suspects));
-        const std::size_t second = first + kRunBytes;
-        results[first] = table[before[first] * kChannelValues + factors[first]];
-        results[second] = table[before[second] * kChannelValues + factors[second]];
+void settle(const Suspects& suspects,
+            std::uint32_t* destination,
+            const std::uint32_t* source,
+            const ShortfallTable& shortfall) {
+    auto* results = reinterpret_cast<std::uint8_t*>(destination + suspects.pixel);
+    const auto* factors = reinterpret_cast<const std::uint8_t*>(source + suspects.pixel);
+    for (std::uint32_t bytes = suspects.bytes; bytes != 0; bytes &= bytes - 1) {
+        const auto index = static_cast<std::size_t>(std::countr_zero(bytes));
+        if (shortfall[results[index]][factors[index]]) {
+            --results[index];
+        }
     }
 }
 
-/// Calls `blendStep` for every whole step of pixels and blends the rest one by one.
-template <typename Step>
-void blendInSteps(std::uint32_t* destination,
-                  const std::uint32_t* source,
-                  std::size_t count,
-                  const BlendTable& table,
-                  std::size_t stepPixels,
-                  Step blendStep) {
-    std::size_t done = 0;
-    for (; done + stepPixels <= count; done += stepPixels) {
-        blendStep(destination + done, source + done, table);
+/// At most kChunkPixels, whole vectors.
+void multiplyChunk(std::uint32_t* destination,
+                   const std::uint32_t* source,
+                   std::size_t count,
+                   const ShortfallTable& shortfall) {
+    std::array<Suspects, kChunkPixels / kVectorPixels> found;
+    std::size_t foundCount = 0;
+    for (std::size_t pixel = 0; pixel < count; pixel += kVectorPixels) {
+        const std::uint32_t bytes = multiplyVector(destination + pixel, source + pixel);
+        // Always noted, but counted only with suspects: a branch here would often be predicted wrongly.
+        found[foundCount] = {bytes, static_cast<std::uint32_t>(pixel)};
+        foundCount += bytes != 0 ? 1U : 0U;
     }
-    for (; done < count; ++done) {
-        blendPixelByTable(destination[done], source[done], table);
+    for (std::size_t index = 0; index < foundCount; ++index) {
+        settle(found[index], destination, source, shortfall);
+    }
+}
+
+/// Whole vectors.
+void multiplyVectors(std::uint32_t* destination, const std::uint32_t* source, std::size_t count) {
+    static const ShortfallTable shortfall = makeShortfallTable();
+    for (std::size_t done = 0; done < count; done += kChunkPixels) {
+        multiplyChunk(destination + done, source + done, std::min(kChunkPixels, count - done), shortfall);
     }
 }
 
 }  // namespace
 
 void blendPixels(std::uint32_t* destination, const std::uint32_t* source, std::size_t count, BlendMode mode) {
+    const std::size_t wholeVectors = count - count % kVectorPixels;
     switch (mode) {
         case BlendMode::Multiply:
-            blendInSteps(destination, source, count, tableOf(mode), kBlockPixels, multiplyBlock);
-            return;
-        case BlendMode::Add:
-        case BlendMode::Subtract:
-            blendInSteps(destination, source, count, tableOf(mode), kVectorPixels, blendVectorByTable);
+            multiplyVectors(destination, source, wholeVectors);
+            break;
+        case BlendMode::Add: {
+            static const BlendTable table = makeTable(BlendMode::Add);
+            blendVectorsByTable(destination, source, wholeVectors, table);
+            break;
+        }
+        case BlendMode::Subtract: {
+            static const BlendTable table = makeTable(BlendMode::Subtract);
+            blendVectorsByTable(destination, source, wholeVectors, table);
+            break;
+        }
+        default:
+            std::fill_n(destination, count, kOpaqueBlack);
             return;
     }
-    std::fill_n(destination, count, kOpaqueBlack);
+    for (std::size_t pixel = wholeVectors; pixel < count; ++pixel) {
+        destination[pixel] = blendPixel(destination[pixel], source[pixel], mode);
+    }
 }
 
 }  // namespace Panelix
