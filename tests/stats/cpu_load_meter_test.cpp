@@ -125,14 +125,25 @@ TEST(CpuLoadMeter, SampleRightAfterTheStartIsZero) {
 }
 
 TEST(CpuLoadMeter, CallsThatComeTooSoonGetTheLastResult) {
-    CpuLoadMeter meter(thisProgram(), nullptr);
-    ASSERT_THAT(samplesAt(meter, 80, 80, 2), testing::ElementsAre(0, 80));
-    ASSERT_EQ(machine.systemTimesCalls, 2);
-    run(0, 0);
-    EXPECT_EQ(meter.sample(), 80);
-    std::this_thread::sleep_for(kTooSoon);
-    EXPECT_EQ(meter.sample(), 80);
-    EXPECT_EQ(machine.systemTimesCalls, 2);
+    // On a busy machine the pause may take so long that the next sample is due: another try then.
+    for (int attempt = 0; attempt < 5; ++attempt) {
+        CpuLoadMeter meter(thisProgram(), nullptr);
+        const int before = samplesAt(meter, 80, 80, 2).back();
+        ASSERT_GT(before, 0);
+        const DWORD sampledAt = GetTickCount();
+        const int calls = machine.systemTimesCalls;
+        run(0, 0);
+        const int atOnce = meter.sample();
+        std::this_thread::sleep_for(kTooSoon);
+        const int later = meter.sample();
+        if (GetTickCount() - sampledAt < 200) {
+            EXPECT_EQ(atOnce, before);
+            EXPECT_EQ(later, before);
+            EXPECT_EQ(machine.systemTimesCalls, calls);
+            return;
+        }
+    }
+    FAIL() << "the machine is too busy to tell";
 }
 
 TEST(CpuLoadMeter, SecondMeterGoesOnWhereTheFirstOneIs) {
