@@ -49,6 +49,7 @@ void AudioDevicePage::choose() {
 
 void AudioDevicePage::drawDevices() {
     std::vector<Row> rows;
+    rows.reserve(devices_.size());
     for (int i = 0; i < rowCount(); ++i) {
         Argb highlight = kNoHighlight;
         if (i == activeIndex_) {

@@ -67,6 +67,7 @@ void OptionsPage::runCommand(std::uint32_t command) {
 
 void OptionsPage::drawEntries() {
     std::vector<Row> rows;
+    rows.reserve(kEntryCount);
     for (int i = 0; i < kEntryCount; ++i) {
         rows.push_back({kEntries[static_cast<std::size_t>(i)],
                         i == selectedEntry_ ? Palette::kListCursor : kNoHighlight});

@@ -3,7 +3,7 @@
 void drawText(Gdiplus::Graphics& graphics,
               const std::wstring& text,
               const Gdiplus::Font& font,
-              Gdiplus::PointF point,
+              const Gdiplus::PointF& point,
               const Gdiplus::StringFormat* format,
               const Gdiplus::Brush& brush) {
     const Gdiplus::RectF noBox(point.X, point.Y, 0.0F, 0.0F);

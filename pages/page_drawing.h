@@ -20,7 +20,7 @@ inline constexpr wchar_t kFontFace[] = L"Arial";
 void drawText(Gdiplus::Graphics& graphics,
               const std::wstring& text,
               const Gdiplus::Font& font,
-              Gdiplus::PointF point,
+              const Gdiplus::PointF& point,
               const Gdiplus::StringFormat* format,
               const Gdiplus::Brush& brush);
 

@@ -46,6 +46,11 @@ protected:
             painter.text({page.texts[i], 20, 0xFFFFFFFF, 5, middle, TextPlace::LeftMiddle});
         }
         EXPECT_TRUE(samePixels(PagePixels(*page.bitmap()), painter.pixels()));
+        for (const PaintedText& text : painter.texts()) {
+            if (!text.text.empty() && text.y < 200) {
+                TextCoverage(app.canvas(), text);
+            }
+        }
     }
 
     ProbeApp app;
