@@ -64,15 +64,15 @@ HRESULT STDMETHODCALLTYPE AudioDeviceCallback::QueryInterface(REFIID iid, void**
 }
 
 ULONG STDMETHODCALLTYPE AudioDeviceCallback::AddRef() noexcept {
-    return static_cast<ULONG>(refCount_.fetch_add(1) + 1);
+    return refCount_.fetch_add(1) + 1;
 }
 
 ULONG STDMETHODCALLTYPE AudioDeviceCallback::Release() noexcept {
-    const std::int32_t count = refCount_.fetch_sub(1) - 1;
+    const ULONG count = refCount_.fetch_sub(1) - 1;
     if (count == 0) {
         delete this;
     }
-    return static_cast<ULONG>(count);
+    return count;
 }
 
 HRESULT STDMETHODCALLTYPE AudioDeviceCallback::OnNotify(AUDIO_VOLUME_NOTIFICATION_DATA* data) noexcept {

@@ -59,7 +59,7 @@ private:
     ~AudioDeviceCallback() = default;
 
     const AudioEndpoint endpoint_;
-    std::atomic<std::int32_t> refCount_{1};
+    std::atomic<ULONG> refCount_{1};
     /// Guards the members below and the stores into the snapshot. Held for these stores only, never during a
     /// call into Core Audio.
     SRWLOCK lock_ = SRWLOCK_INIT;

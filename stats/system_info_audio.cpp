@@ -31,7 +31,7 @@ using CoTaskText = std::unique_ptr<wchar_t, CoTaskMemDeleter>;
 /// A property's value; empty at first.
 class PropertyValue {
 public:
-    PropertyValue() noexcept { PropVariantInit(&value_); }
+    PropertyValue() = default;
     ~PropertyValue() { PropVariantClear(&value_); }
     PropertyValue(const PropertyValue&) = delete;
     PropertyValue& operator=(const PropertyValue&) = delete;
@@ -45,7 +45,8 @@ public:
     }
 
 private:
-    PROPVARIANT value_;
+    /// All zero is VT_EMPTY.
+    PROPVARIANT value_{};
 };
 
 ComPtr<IMMDevice> defaultDevice(IMMDeviceEnumerator* enumerator, EDataFlow flow) {
