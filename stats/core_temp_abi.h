@@ -54,7 +54,7 @@ inline constexpr wchar_t kLibraryFile[] = L"GetCoreTempInfo.dll";
 
 /// Room for one object of the reader class. Its real size is unknown: this is ample for a copy of the
 /// extended record, a few handles and a message.
-inline constexpr std::size_t kProxyBytes = 16 * 1024;
+inline constexpr std::size_t kProxyBytes = std::size_t{16} * 1024;
 inline constexpr std::size_t kProxyAlignment = 16;
 
 // The reader class's functions; `self` is the object.
