@@ -15,16 +15,24 @@ fail() {
     exit 1
 }
 
-# Prints the path of Wine's 64-bit loader. Debian's `wine` wrapper complains about a missing 32-bit Wine,
-# so the loader itself is preferred.
-findWine() {
+# Sets `wineCommand` to the words that start a Windows program.
+setWineCommand() {
     local candidate
+    wineCommand=()
+    # Debian's `wine` wrapper complains about a missing 32-bit Wine, so the 64-bit loader itself comes first.
     for candidate in /usr/lib/wine/wine64 wine64 wine; do
-        if command -v "$candidate"; then
-            return 0
+        if command -v "$candidate" >/dev/null; then
+            wineCommand=("$candidate")
+            break
         fi
     done
-    return 1
+    ((${#wineCommand[@]} > 0)) || fail "Wine is not installed (Debian: apt-get install wine64)"
+    # The kernel puts a program's heap anywhere within 1 GiB behind it. About one start in 5,000 it lands where
+    # Wine must map a page of its own, and Wine gives up ("failed to map the shared user data"). Without randomised
+    # addresses that cannot happen; where a sandbox forbids the switch, the risk stays.
+    if setarch -R true 2>/dev/null; then
+        wineCommand=(setarch -R "${wineCommand[@]}")
+    fi
 }
 
 # Prints the path of the server that belongs to the loader found above. Debian's wine64 package has no

@@ -8,5 +8,5 @@ source "$(dirname "${BASH_SOURCE[0]}")/common.sh"
 
 setWineEnvironment
 prefixIsCurrent || "$KELVARO_ROOT/scripts/wine_prefix.sh"
-wine="$(findWine)" || fail "Wine is not installed (Debian: apt-get install wine64)"
-exec "$wine" "$@"
+setWineCommand
+exec "${wineCommand[@]}" "$@"

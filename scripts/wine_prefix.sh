@@ -54,9 +54,9 @@ preparePrefix() {
     local settings="$WINEPREFIX/kelvaro-settings.reg"
     mkdir -p "$(dirname "$WINEPREFIX")"
     "$wineserver" -k 2>/dev/null || true
-    DISPLAY='' "$wine" wineboot -i >/dev/null 2>&1 </dev/null || fail "Wine could not create the prefix $WINEPREFIX"
+    DISPLAY='' "${wineCommand[@]}" wineboot -i >/dev/null 2>&1 </dev/null || fail "Wine could not create the prefix $WINEPREFIX"
     writeSettings "$settings"
-    DISPLAY='' "$wine" regedit /S "Z:${settings//\//\\}" >/dev/null 2>&1 </dev/null ||
+    DISPLAY='' "${wineCommand[@]}" regedit /S "Z:${settings//\//\\}" >/dev/null 2>&1 </dev/null ||
         fail "Wine could not write its settings into $WINEPREFIX"
     rm "$settings"
     # The fonts are read once per server, and the registry reaches the disk when the server ends.
@@ -75,7 +75,7 @@ case "${1:-}" in
 esac
 
 setWineEnvironment
-wine="$(findWine)" || fail "Wine is not installed (Debian: apt-get install wine64)"
+setWineCommand
 wineserver="$(findWineserver)" || fail "Wine's server is not installed (Debian: apt-get install wine64)"
 
 if ((!force)) && prefixIsCurrent; then
