@@ -26,7 +26,8 @@ bool readMapping(const wchar_t* name, CoreTemp::SharedRecord& record) {
 
 }  // namespace
 
-// The vendor's object wants zeros; without library that room is not touched.
+// The vendor's object wants zeros. Without library its room is not touched: this runs in every pass.
+// NOLINTNEXTLINE(cppcoreguidelines-pro-type-member-init): object_ is filled when it is used
 CoreTempProxy::CoreTempProxy(const CoreTempLibrary* library) : library_(library) {
     if (library_ != nullptr) {
         object_.fill(std::byte{0});
