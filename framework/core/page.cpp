@@ -10,9 +10,9 @@ namespace Panelix {
 Page::Page(std::wstring name, App* app)
     : name_(std::move(name)),
       app_(app),
-      bitmap_(std::make_unique<Gdiplus::Bitmap>(kLcdWidth, kLcdHeight, PixelFormat32bppPARGB)),
-      graphics_(std::make_unique<Gdiplus::Graphics>(bitmap_.get())) {
-    applySurfaceSettings(*graphics_);
+      bitmap_(kLcdWidth, kLcdHeight, PixelFormat32bppPARGB),
+      graphics_(&bitmap_) {
+    applySurfaceSettings(graphics_);
 }
 
 Page::~Page() = default;

@@ -4,7 +4,6 @@
 
 #include <gdiplus.h>
 
-#include <memory>
 #include <string>
 
 #include "framework/core/lcd_buttons.h"
@@ -45,20 +44,20 @@ public:
     const std::wstring& name() const { return name_; }
 
     /// 320 x 240, premultiplied ARGB, owned by the page.
-    Gdiplus::Bitmap* bitmap() const { return bitmap_.get(); }
+    Gdiplus::Bitmap* bitmap() { return &bitmap_; }
 
 protected:
     App* app() const { return app_; }
 
     /// Draws on bitmap(), without anti-aliasing; owned by the page.
-    Gdiplus::Graphics* graphics() const { return graphics_.get(); }
+    Gdiplus::Graphics* graphics() { return &graphics_; }
 
 private:
     std::wstring name_;
     App* app_;
-    std::unique_ptr<Gdiplus::Bitmap> bitmap_;
+    Gdiplus::Bitmap bitmap_;
     // Declared behind the bitmap that it draws on, so it goes first.
-    std::unique_ptr<Gdiplus::Graphics> graphics_;
+    Gdiplus::Graphics graphics_;
 };
 
 }  // namespace Panelix
