@@ -84,8 +84,6 @@ function(kelvaro_tests name)
     endif()
     add_executable(${name} ${sources})
     target_link_libraries(${name} PRIVATE kelvaro_options ${arg_LINK} GTest::gmock GTest::gtest_main)
-    # What is tested is optimised as it ships; the tests' own code is compiled once and run once.
-    target_compile_options(${name} PRIVATE -O0)
     if(WIN32)
         target_link_libraries(${name} PRIVATE ${arg_WINDOWS_LINK})
     endif()
