@@ -9,8 +9,19 @@ namespace Panelix {
 /// clamped to that range. Any other mode gives black.
 enum class BlendMode : std::uint32_t { Multiply = 0, Add = 1, Subtract = 2 };
 
+/// What adding and subtracting may use; every x64 processor has the first. Multiplying is the same with both.
+enum class VectorUnit { Sse2, Avx2 };
+
+/// The better one of those that this machine has.
+VectorUnit bestVectorUnit();
+
 /// Blends `count` pixels (blue, green, red, alpha in memory) of `source` into `destination`; the results are
 /// opaque. Bit for bit what double-precision arithmetic on value / 255.0, times 255.0, truncated, gives.
-void blendPixels(std::uint32_t* destination, const std::uint32_t* source, std::size_t count, BlendMode mode);
+/// The machine must have `unit`.
+void blendPixels(std::uint32_t* destination,
+                 const std::uint32_t* source,
+                 std::size_t count,
+                 BlendMode mode,
+                 VectorUnit unit = bestVectorUnit());
 
 }  // namespace Panelix

@@ -17,6 +17,7 @@
 #include "tests/framework/drawing/blend_definition.h"
 
 using Panelix::BlendMode;
+using Panelix::VectorUnit;
 
 namespace {
 
@@ -69,7 +70,7 @@ double median(std::vector<double> values) {
 }
 
 /// Whether both gave the same pixels.
-bool compare(const Pictures& pictures, const char* name, BlendMode mode) {
+bool compare(const Pictures& pictures, const char* name, BlendMode mode, VectorUnit unit) {
     Pixels defined;
     Pixels blended;
     std::vector<double> definitionTimes;
@@ -79,16 +80,17 @@ bool compare(const Pictures& pictures, const char* name, BlendMode mode) {
             microseconds(pictures, defined, [mode](auto* destination, const auto* source, std::size_t count) {
                 blendByDefinition(destination, source, count, static_cast<std::uint32_t>(mode));
             }));
-        blendTimes.push_back(
-            microseconds(pictures, blended, [mode](auto* destination, const auto* source, std::size_t count) {
-                Panelix::blendPixels(destination, source, count, mode);
+        blendTimes.push_back(microseconds(
+            pictures, blended, [mode, unit](auto* destination, const auto* source, std::size_t count) {
+                Panelix::blendPixels(destination, source, count, mode, unit);
             }));
     }
     const double definition = median(definitionTimes);
     const double blend = median(blendTimes);
-    std::printf("%-9s %-9s definition %7.1f us, program %6.1f us, ratio %5.1f\n",
+    std::printf("%-9s %-8s %-4s  definition %7.1f us, program %6.1f us, ratio %5.1f\n",
                 pictures.kind,
                 name,
+                unit == VectorUnit::Avx2 ? "AVX2" : "SSE2",
                 definition,
                 blend,
                 definition / blend);
@@ -106,11 +108,19 @@ int main() {
         {"gradients", gradient(30, 150, true), gradient(128, 100, false)},
     }};
     std::printf("%zu x %zu pixels, medians of %d rounds\n", kWidth, kHeight, kRounds);
+    std::vector<VectorUnit> units{VectorUnit::Sse2};
+    if (Panelix::bestVectorUnit() == VectorUnit::Avx2) {
+        units.push_back(VectorUnit::Avx2);
+    } else {
+        std::puts("This machine has no AVX2.");
+    }
     bool same = true;
     for (const Pictures& pictures : allPictures) {
-        same = compare(pictures, "multiply", BlendMode::Multiply) && same;
-        same = compare(pictures, "add", BlendMode::Add) && same;
-        same = compare(pictures, "subtract", BlendMode::Subtract) && same;
+        for (const VectorUnit unit : units) {
+            same = compare(pictures, "multiply", BlendMode::Multiply, unit) && same;
+            same = compare(pictures, "add", BlendMode::Add, unit) && same;
+            same = compare(pictures, "subtract", BlendMode::Subtract, unit) && same;
+        }
     }
     std::puts(same ? "All results are the definition's." : "The results differ from the definition's!");
     return same ? 0 : 1;
