@@ -5,10 +5,9 @@
 
 /// The keyboard vendor's LCD library as a caller sees it on x64: exported C names, one calling convention,
 /// `bool` of one byte, UTF-16 text. The vendor's reference is not public; names, signatures and values are
-/// those that the documentation of published bindings agrees on (docs.rs: logitech-lcd, logitech-lcd-sys;
-/// rubydoc.info: lg-lcd for an older interface with the same masks and frame format). They call the frame
-/// "32-bit RGBA", which names the components; their order in memory is blue, green, red, alpha. Nothing says
-/// that the library is thread-safe: call it from one thread.
+/// those that the documentation of published bindings agrees on. It calls the frame "32-bit RGBA", which
+/// names the components; their order in memory is blue, green, red, alpha. Nothing says that the library is
+/// thread-safe: call it from one thread.
 namespace Panelix::LcdSdk {
 
 /// The unnamed value of this key under HKEY_LOCAL_MACHINE is the full path of the library; the vendor's LCD

@@ -4,7 +4,6 @@
 
 #include <gdiplus.h>
 
-#include <array>
 #include <cstdint>
 #include <map>
 #include <string>

@@ -28,23 +28,23 @@ float easedPosition(float progress) {
 
 SlideOffsets slideOffsets(float progress, TransitionKind direction) {
     const float gone = easedPosition(progress);
-    const float left = 1.0F - gone;
+    const float remaining = 1.0F - gone;
     SlideOffsets offsets;
     switch (direction) {
         case TransitionKind::SlideFromLeft:
-            offsets.currentX = rounded(-kWidth * left);
+            offsets.currentX = rounded(-kWidth * remaining);
             offsets.previousX = rounded(kWidth * gone);
             break;
         case TransitionKind::SlideFromRight:
-            offsets.currentX = rounded(kWidth * left);
+            offsets.currentX = rounded(kWidth * remaining);
             offsets.previousX = rounded(-kWidth * gone);
             break;
         case TransitionKind::SlideFromTop:
-            offsets.currentY = rounded(-kHeight * left);
+            offsets.currentY = rounded(-kHeight * remaining);
             offsets.previousY = rounded(kHeight * gone);
             break;
         case TransitionKind::SlideFromBottom:
-            offsets.currentY = rounded(kHeight * left);
+            offsets.currentY = rounded(kHeight * remaining);
             offsets.previousY = rounded(-kHeight * gone);
             break;
     }
