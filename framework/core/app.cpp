@@ -59,7 +59,8 @@ App::~App() {
     }
     canvas_.reset();
     lcd_.reset();
-    // The preview window stays: it goes with the process, as only its own end removes the tray icon.
+    // The window and its tray icon stay until the process ends: the icon is removed by WM_DESTROY only, and
+    // nothing here destroys the window.
 }
 
 App* App::current() {
@@ -75,8 +76,14 @@ void App::SetMainPage(std::unique_ptr<Page> page) {
     if (mainPage_ == nullptr) {
         throw SysException(L"Main page empty", kInitErrorTitle);
     }
-    mainPage_->Init(canvas_.get());
-    pages_.push_back(std::move(page));
+    try {
+        mainPage_->Init(canvas_.get());
+        pages_.push_back(std::move(page));
+    } catch (...) {
+        // The page goes with the parameter.
+        mainPage_ = nullptr;
+        throw;
+    }
     mainPage_->OnActivate();
     activePage_ = mainPage_;
 }
@@ -92,7 +99,7 @@ Page* App::FindPage(const std::wstring& name) const {
 }
 
 void App::SwitchPage(Page* page, TransitionKind kind) {
-    if (page == nullptr) {
+    if (page == nullptr || activePage_ == nullptr) {
         return;
     }
     previousPage_ = std::exchange(activePage_, page);

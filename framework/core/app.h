@@ -40,7 +40,8 @@ public:
     void Run();
 
     /// Initialises `page`, appends it to the pages, activates it and makes it the one that is drawn. Throws
-    /// SysException when it is null.
+    /// SysException when it is null. After that, and when its Init throws, there is no main page, while the
+    /// pages and the one that is drawn are as before.
     void SetMainPage(std::unique_ptr<Page> page);
 
     /// Adds a page at the front or at the back of the tick order. Not null.
@@ -49,8 +50,8 @@ public:
     /// The first page of exactly this name, case included; null when there is none. Owned by the application.
     Page* FindPage(const std::wstring& name) const;
 
-    /// Makes `page` the active one and starts the slide to it; null does nothing. Called from a page's Update
-    /// or Draw. `page` must be one of the application's pages.
+    /// Makes `page` the active one and starts the slide to it. Does nothing when `page` is null, and before a
+    /// main page was set. Called from a page's Update or Draw. `page` must be one of the application's pages.
     void SwitchPage(Page* page, TransitionKind kind);
 
     /// The page given to SetMainPage, or null. Owned by the application.

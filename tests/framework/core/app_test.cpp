@@ -5,6 +5,7 @@
 #include <gmock/gmock.h>
 
 #include <algorithm>
+#include <chrono>
 #include <cmath>
 #include <optional>
 #include <stdexcept>
@@ -72,6 +73,14 @@ protected:
         app->Run();
     }
 
+    void expectTheOldPageWithoutAMainPage() {
+        EXPECT_EQ(app->GetMainPage(), nullptr);
+        EXPECT_EQ(app->FindPage(L"main"), main);
+        run(1);
+        ASSERT_EQ(keyboard.frameCount(), 1U);
+        EXPECT_EQ(pixel(*keyboard.frame(1), 160, 120), kRed);
+    }
+
     std::vector<G19Frame> frames() const {
         std::vector<G19Frame> all;
         for (std::uint64_t i = 1; i <= keyboard.frameCount(); ++i) {
@@ -124,6 +133,19 @@ TEST_F(AppWithKeyboard, AnUpdateThatAnswersFalseEndsTheProgramBehindThePass) {
     // The last pass stopped at the main page: the other one had two passes only.
     EXPECT_EQ(std::count(log.begin(), log.end(), "other.Update"), 2);
     EXPECT_EQ(std::count(log.begin(), log.end(), "main.Draw"), 2);
+}
+
+TEST_F(AppWithKeyboard, TheLastPassIsPacedLikeTheOthers) {
+    constexpr int kPeriodMs = 200;
+    app.emplace(kPeriodMs);
+    auto page = std::make_unique<ProbePage>("main", &*app, &log);
+    page->onUpdate = [](const LcdButtons&) { return false; };
+    app->SetMainPage(std::move(page));
+    const auto start = std::chrono::steady_clock::now();
+    app->Run();
+    // The loop counts in whole milliseconds.
+    EXPECT_GE(std::chrono::steady_clock::now() - start, std::chrono::milliseconds(kPeriodMs - 1));
+    EXPECT_EQ(keyboard.frameCount(), 1U);
 }
 
 TEST_F(AppWithKeyboard, EveryPassShowsTheActivePageOnTheLcd) {
@@ -185,6 +207,17 @@ TEST_F(AppWithKeyboard, ASwitchToNoPageDoesNothing) {
     for (const G19Frame& frame : frames()) {
         EXPECT_EQ(frame.checksum, frames().front().checksum);
     }
+}
+
+TEST_F(WithKeyboard, ASwitchBeforeAMainPageIsSetDoesNothing) {
+    ProbeApp app;
+    CallLog log;
+    auto page = std::make_unique<ProbePage>("other", &app, &log);
+    ProbePage* const other = page.get();
+    app.AddPage(std::move(page), false);
+    app.SwitchPage(other, TransitionKind::SlideFromLeft);
+    EXPECT_TRUE(log.empty());
+    EXPECT_THROW(app.Run(), SysException) << "there is still no active page";
 }
 
 TEST_F(AppWithKeyboard, ASwitchToTheActivePageSlidesItOverItself) {
@@ -285,9 +318,14 @@ TEST_F(AppWithKeyboard, ALongPassIsFollowedByNoWaitUnlessSomethingModalRanInIt) 
 }
 
 TEST_F(AppWithKeyboard, DeletesThePagesInListOrderAndThenEndsTheLcd) {
+    std::vector<std::uint64_t> shutdowns;
+    for (ProbePage* page : {main, other}) {
+        page->onDestroy = [&] { shutdowns.push_back(keyboard.callCount(LcdCall::Shutdown)); };
+    }
     log.clear();
     app.reset();
     EXPECT_THAT(log, ElementsAre("main.destroyed", "other.destroyed"));
+    EXPECT_THAT(shutdowns, ElementsAre(0U, 0U));
     EXPECT_EQ(keyboard.callCount(LcdCall::Shutdown), 1U);
 }
 
@@ -297,7 +335,7 @@ TEST_F(AppWithKeyboard, WhatAPageThrowsLeavesTheLoop) {
     EXPECT_EQ(keyboard.frameCount(), 0U);
 }
 
-TEST_F(AppWithKeyboard, AnEmptyMainPageIsRefusedAndTheRestIsLeftAsItWas) {
+TEST_F(AppWithKeyboard, AnEmptyMainPageIsRefusedAndTheOldOneIsStillDrawnButNoLongerTheMainPage) {
     try {
         app->SetMainPage(nullptr);
         FAIL() << "nothing was thrown";
@@ -305,6 +343,17 @@ TEST_F(AppWithKeyboard, AnEmptyMainPageIsRefusedAndTheRestIsLeftAsItWas) {
         EXPECT_EQ(error.message, L"Main page empty");
         EXPECT_EQ(error.title, L"Panelix Init Error");
     }
+    expectTheOldPageWithoutAMainPage();
+}
+
+TEST_F(AppWithKeyboard, AMainPageWhoseInitThrowsIsGoneAndTheOldOneIsStillDrawnButNoLongerTheMainPage) {
+    auto page = std::make_unique<ProbePage>("new", &*app, &log, Gdiplus::Color(kBlue));
+    page->onInit = [] { throw std::runtime_error("from Init"); };
+    log.clear();
+    EXPECT_THROW(app->SetMainPage(std::move(page)), std::runtime_error);
+    EXPECT_THAT(log, ElementsAre("new.Init", "new.destroyed"));
+    EXPECT_EQ(app->FindPage(L"new"), nullptr);
+    expectTheOldPageWithoutAMainPage();
 }
 
 TEST_F(WithKeyboard, WithoutAMainPageRunThrowsBeforeAnyPageIsCalled) {

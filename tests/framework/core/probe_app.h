@@ -45,10 +45,18 @@ public:
           label_(std::move(label)),
           log_(log),
           color_(color) {}
-    ~ProbePage() override { note("destroyed"); }
+    ~ProbePage() override {
+        note("destroyed");
+        if (onDestroy) {
+            onDestroy();
+        }
+    }
 
     void Init(Panelix::Canvas* canvas) override {
         note(canvas != nullptr ? "Init" : "Init without canvas");
+        if (onInit) {
+            onInit();
+        }
         graphics()->Clear(color_);
     }
     void OnActivate() override { note("OnActivate"); }
@@ -65,8 +73,11 @@ public:
         }
     }
 
+    std::function<void()> onInit;
     std::function<bool(const Panelix::LcdButtons&)> onUpdate;
     std::function<void(const Panelix::LcdButtons&)> onDraw;
+    /// Must not throw.
+    std::function<void()> onDestroy;
 
 private:
     void note(const char* what) { log_->push_back(label_ + "." + what); }
