@@ -1,12 +1,12 @@
 #include "pages/figure_texts.h"
 
+#include "stats/two_decimals.h"
+
 namespace {
 
 // Escaped, so that the text does not hang on the compiler's idea of the source's encoding.
 constexpr wchar_t kCelsius[] = L" \u00B0C";
 constexpr wchar_t kFahrenheit[] = L" \u00B0F";
-
-constexpr std::size_t kCutDecimals = 4;
 
 }  // namespace
 
@@ -27,9 +27,5 @@ std::wstring gpuTemperatureText(std::int32_t degrees) {
 }
 
 std::wstring gpuClockText(std::uint32_t clockKHz) {
-    std::wstring text = std::to_wstring(clockKHz * 0.001);
-    if (text.size() >= kCutDecimals) {
-        text.resize(text.size() - kCutDecimals);
-    }
-    return text + L" MHz";
+    return twoDecimals(clockKHz * 0.001) + L" MHz";
 }
