@@ -35,6 +35,7 @@ constexpr std::tuple kEntries = {
 }  // namespace
 
 std::unique_ptr<const AdlLibrary> AdlLibrary::load(bool& found) {
+    // In the system's usual search order, unlike the other vendors' libraries.
     const HMODULE module = LoadLibraryW(Adl::kLibraryFile);
     found = module != nullptr;
     if (!found) {

@@ -44,9 +44,7 @@ static_assert(offsetof(SharedRecord, fMultiplier) == 2580);
 static_assert(offsetof(SharedRecord, sCPUName) == 2584);
 static_assert(offsetof(SharedRecord, ucFahrenheit) == 2684);
 
-/// Bytes of the extended record (version 2), which appends what this program does not need.
-inline constexpr std::size_t kExtendedRecordBytes = 4740;
-
+/// The extended record (version 2) begins like the original and appends what this program does not need.
 inline constexpr wchar_t kExtendedMapping[] = L"CoreTempMappingObjectEx";
 inline constexpr wchar_t kOriginalMapping[] = L"CoreTempMappingObject";
 

@@ -44,8 +44,8 @@ bool cpuSampleIsDue(std::uint32_t tickMs, std::uint32_t lastTickMs);
 class CpuLoadAverage {
 public:
     /// The new average in percent. The first reading gives 0 and is only the reference of the next; while the
-    /// history of five fills, the average includes slots that are still 0, so a steady load shows up as 50,
-    /// 25, 33, 37 and 50 hundredths of it before it is shown whole.
+    /// history of five fills, the average includes slots that are still 0: a steady load of 50 % reads 50,
+    /// 25, 33, 37 and then 50.
     std::int32_t add(const CpuReading& reading);
 
 private:

@@ -20,8 +20,6 @@ public:
     std::wstring name() override;
 
 private:
-    void destroyContext();
-
     /// Null before initialise(), and after it when there is no driver.
     std::unique_ptr<const AdlLibrary> library_;
     std::int32_t adapterCount_ = 0;

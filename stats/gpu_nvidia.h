@@ -15,6 +15,7 @@ public:
 
     bool initialise() override;
     GpuStats sample() override;
+    /// Empty when the driver does not tell; lastError then says why.
     std::wstring name() override;
 
 private:

@@ -23,7 +23,8 @@ struct GpuStats {
 
 static_assert(sizeof(GpuStats) == 20 && std::is_trivially_copyable_v<GpuStats>);
 
-/// A source of graphics-card figures. Nothing throws; lastError tells what went wrong. Main thread only.
+/// A source of graphics-card figures. No failure of a driver throws: lastError tells what went wrong. Only
+/// memory that runs out while texts are made does. Main thread only.
 class GpuVendor {
 public:
     GpuVendor() = default;
@@ -37,7 +38,7 @@ public:
     /// One reading; each figure is read whether or not the others could be.
     virtual GpuStats sample() = 0;
 
-    /// The card's name.
+    /// The card's name. When the driver does not tell, what each source says.
     virtual std::wstring name() = 0;
 
     /// What the last failure was; empty while there was none.

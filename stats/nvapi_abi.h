@@ -16,10 +16,8 @@ using QueryInterface = void*(std::uint32_t id);
 
 using Status = std::int32_t;
 inline constexpr Status kOk = 0;
-inline constexpr Status kError = -1;
 inline constexpr Status kLibraryNotFound = -2;
 inline constexpr Status kNoImplementation = -3;
-inline constexpr Status kDeviceNotFound = -6;
 
 inline constexpr std::size_t kMaxPhysicalGpus = 64;
 inline constexpr std::size_t kShortStringLength = 64;
