@@ -20,7 +20,6 @@ using Standins::waitUntil;
 namespace LcdSdk = Panelix::LcdSdk;
 
 constexpr wchar_t kMailAccount[] = L"SOFTWARE\\Microsoft\\Windows\\CurrentVersion\\UnreadMail\\someone";
-constexpr wchar_t kMailKey[] = L"SOFTWARE\\Microsoft\\Windows\\CurrentVersion\\UnreadMail";
 
 // Where the page shows what, and in which colour.
 constexpr std::uint32_t kCpuColour = 0xFF00C8C8;
@@ -69,7 +68,7 @@ std::vector<std::uint32_t> pixelsOf(const G19Frame& frame, const RECT& rect) {
 class KelvaroWithAllFigures : public EquippedKelvaro {
 protected:
     KelvaroWithAllFigures() {
-        RegDeleteTreeW(HKEY_CURRENT_USER, kMailKey);
+        RegDeleteTreeW(HKEY_CURRENT_USER, kMailAccount);
         cpu.cpuCount = 1;
         cpu.coreCount = 2;
         cpu.speedMHz = 3600.0F;
@@ -96,7 +95,7 @@ protected:
     }
     ~KelvaroWithAllFigures() override {
         kelvaro.reset();
-        RegDeleteTreeW(HKEY_CURRENT_USER, kMailKey);
+        RegDeleteTreeW(HKEY_CURRENT_USER, kMailAccount);
     }
 
     /// True when the newest frame shows exactly this text: every pixel that the letters cover wholly has the

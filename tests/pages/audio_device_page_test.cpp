@@ -125,6 +125,15 @@ TEST_F(AudioDevicePageOnKeyboard, HasTheNameThatTheOptionsPageLooksFor) {
     EXPECT_TRUE(page->Update(false, down({LcdButton::Ok})));
 }
 
+TEST_F(AudioDevicePageOnKeyboard, LeavesANewReadingToTheMainPage) {
+    addDevices(kThree);
+    sampler.dataReady = true;
+    enter();
+    draw();
+    page->Update(true, {});
+    EXPECT_TRUE(sampler.dataReady);
+}
+
 TEST_F(AudioDevicePageOnKeyboard, OpensWithTheCursorOnTheDefaultDevice) {
     addDevices(kThree);
     for (const int active : {2, 0, 1}) {

@@ -27,13 +27,12 @@ TEST_F(MainPageHistory, AReadingIsRecordedOnceHoweverOftenThePageIsDrawn) {
 
 TEST_F(MainPageHistory, GrowsOnlyWhileThePageIsDrawn) {
     drawNewReading();
+    sampler.dataReady = true;
     for (int i = 0; i < 30; ++i) {
-        sampler.dataReady = true;
         page->Update(false, {});
     }
+    EXPECT_TRUE(sampler.dataReady) << "the reading waits for the next drawing";
     setOrdinaryFigures(sampler);
-    sampler.dataReady = true;
-    EXPECT_TRUE(sampler.dataReady) << "other pages leave the reading for the next drawing";
     compare(drawNewReading(), "one entry more");
 }
 

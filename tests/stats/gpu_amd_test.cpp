@@ -63,6 +63,14 @@ TEST_F(GpuAmdDriver, EveryFigureIsRead) {
     EXPECT_EQ(gpu.lastError(), L"");
 }
 
+TEST_F(GpuAmdDriver, SuccessWithoutAnyAdapterInfoGivesNoName) {
+    GpuAmd gpu;
+    ASSERT_TRUE(gpu.initialise());
+    // The driver has nothing to allocate then and answers a null array.
+    driver_.setAdapterCount(0);
+    EXPECT_EQ(gpu.name(), L"AMD card name failed");
+}
+
 TEST_F(GpuAmdDriver, MemoryLoadIsAlwaysAValidZero) {
     GpuAmd gpu;
     ASSERT_TRUE(gpu.initialise());

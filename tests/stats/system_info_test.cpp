@@ -4,9 +4,12 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <atomic>
+#include <chrono>
 #include <memory>
 #include <optional>
 #include <string>
+#include <thread>
 #include <vector>
 
 #include "framework/core/com_apartment.h"
@@ -107,6 +110,26 @@ TEST_F(SystemInfoMachine, SnapshotIsEmptyBeforeTheFirstUpdate) {
     // Known from the start.
     EXPECT_TRUE(info.gpuAvailable);
     EXPECT_EQ(info.gpuName, L"GeForce Test");
+}
+
+TEST_F(SystemInfoMachine, ABusyMachineShowsInTheCpuLoad) {
+    SystemInfo info;
+    info.update();
+    EXPECT_EQ(info.cpuLoad, 0u) << "the first sample is the reference of the next";
+    std::atomic<bool> done = false;
+    std::thread busy([&done] {
+        while (!done) {
+        }
+    });
+    // The meter samples after more than 200 ms, the average over five samples is whole after as many.
+    for (int i = 0; i < 20 && info.cpuLoad == 0; ++i) {
+        std::this_thread::sleep_for(std::chrono::milliseconds(230));
+        info.update();
+    }
+    done = true;
+    busy.join();
+    EXPECT_GT(info.cpuLoad, 0u);
+    EXPECT_LE(info.cpuLoad, 100u);
 }
 
 TEST_F(SystemInfoMachine, OneUpdateFillsTheSnapshot) {

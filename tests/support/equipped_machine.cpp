@@ -22,6 +22,11 @@ void copyTo(const std::wstring& from, const std::wstring& to) {
     EXPECT_NE(CopyFileW(from.c_str(), to.c_str(), FALSE), FALSE) << "error " << GetLastError();
 }
 
+/// What belongs to a prefix of the tests' own may be overwritten; the machine's driver may not.
+bool runsUnderWine() {
+    return GetProcAddress(GetModuleHandleW(L"ntdll.dll"), "wine_get_version") != nullptr;
+}
+
 /// Calls DllRegisterServer or DllUnregisterServer of the sound system's stand-in.
 bool callAudioServer(const char* function) {
     const Panelix::UniqueModule server(LoadLibraryW(Standins::coreAudioPath().c_str()));
@@ -37,6 +42,11 @@ bool callAudioServer(const char* function) {
 }  // namespace
 
 EquippedMachine::EquippedMachine(const std::wstring& program) {
+    equipped_ = runsUnderWine();
+    if (!equipped_) {
+        ADD_FAILURE() << "this would overwrite the machine's own graphics driver";
+        return;
+    }
     copyTo(program, folder_.path() + L"\\Kelvaro.exe");
     copyTo(Standins::vendorLibraryPath(VendorLibrary::CoreTemp), folder_.path() + L"\\GetCoreTempInfo.dll");
     copyTo(Standins::vendorLibraryPath(VendorLibrary::Xinput), folder_.path() + L"\\XINPUT1_4.dll");
@@ -45,6 +55,9 @@ EquippedMachine::EquippedMachine(const std::wstring& program) {
 }
 
 EquippedMachine::~EquippedMachine() {
+    if (!equipped_) {
+        return;
+    }
     EXPECT_TRUE(callAudioServer("DllUnregisterServer"));
     EXPECT_NE(DeleteFileW(driverPath().c_str()), FALSE) << "error " << GetLastError();
 }

@@ -5,8 +5,9 @@
 #include "tests/support/temporary_folder.h"
 
 /// A machine with all vendor libraries: a folder with a copy of the program and the libraries that lie beside
-/// it, the NVIDIA driver in the system folder, and Core Audio's classes. What was there before comes back
-/// with the end of the object. Everybody on the machine sees it, so no other test runs meanwhile.
+/// it, the NVIDIA driver in the system folder, and Core Audio's classes. Only under Wine, in whose prefix the
+/// driver's place is overwritten and empty in the end; elsewhere the test fails and nothing is touched. Every
+/// program of the prefix sees it, so no other test runs meanwhile.
 class EquippedMachine {
 public:
     /// `program` is copied. Fails the test when something cannot be put in its place.
@@ -20,4 +21,5 @@ public:
 
 private:
     TemporaryFolder folder_;
+    bool equipped_ = false;
 };

@@ -153,10 +153,4 @@ TEST_F(AudioNotices, EveryCallbackIsFreedByItsLastRelease) {
     EXPECT_EQ(audio.callbackReferences(), 0);
 }
 
-// Whoever wrote the snapshot while a page reads it, each field is whole.
-TEST_F(AudioNotices, WriteLockFreeFields) {
-    EXPECT_TRUE(info->speakerLeftVolume.is_lock_free());
-    EXPECT_TRUE(info->speakerMuted.is_lock_free());
-}
-
 }  // namespace
