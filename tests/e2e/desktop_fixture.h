@@ -9,13 +9,11 @@
 #include <string>
 #include <thread>
 
+#include "tests/e2e/kelvaro_program.h"
 #include "tests/support/child_process.h"
 #include "tests/support/desktop_driver.h"
 #include "tests/support/installation.h"
 #include "tests/support/lcd_registration.h"
-
-/// Full path of the program under test.
-inline constexpr wchar_t kKelvaroProgram[] = L"" KELVARO_PROGRAM;
 
 inline constexpr wchar_t kPreviewClass[] = L"PanelixWindow";
 

@@ -1,7 +1,5 @@
 #include <windows.h>
 
-#include <shellapi.h>
-
 #include <gmock/gmock.h>
 
 #include <functional>
@@ -20,22 +18,6 @@ constexpr std::size_t kShowOrHideItem = 0;
 constexpr std::size_t kAboutItem = 1;
 constexpr std::size_t kSettingsItem = 2;
 constexpr std::size_t kExitItem = 3;
-
-bool hasTrayIcon(HWND window) {
-    NOTIFYICONDATAW record{};
-    record.cbSize = sizeof(record);
-    record.hWnd = window;
-    record.uID = 1;
-    return Shell_NotifyIconW(NIM_MODIFY, &record) != FALSE;
-}
-
-POINT clientCentre(HWND window) {
-    RECT client{};
-    GetClientRect(window, &client);
-    POINT centre{client.right / 2, client.bottom / 2};
-    ClientToScreen(window, &centre);
-    return centre;
-}
 
 /// What a menu with these texts looks like at the mouse. A menu of another process tells its texts by its
 /// picture only.

@@ -10,11 +10,9 @@
 #include "framework/core/lcd_sdk_abi.h"
 #include "standins/lcd_sdk/standin_paths.h"
 #include "standins/lcd_sdk/virtual_g19.h"
+#include "tests/e2e/kelvaro_program.h"
 #include "tests/support/child_process.h"
 #include "tests/support/lcd_registration.h"
-
-/// Full path of the program under test.
-inline constexpr wchar_t kKelvaroProgram[] = L"" KELVARO_PROGRAM;
 
 /// A machine with a virtual keyboard on which the shipped program can be started.
 class KelvaroOnTheKeyboard : public testing::Test {

@@ -1,5 +1,7 @@
 #include "tests/support/desktop_driver.h"
 
+#include <shellapi.h>
+
 #include <algorithm>
 #include <array>
 #include <functional>
@@ -167,6 +169,14 @@ RECT rectOf(HWND window) {
     return rect;
 }
 
+POINT clientCentre(HWND window) {
+    RECT client{};
+    GetClientRect(window, &client);
+    POINT centre{client.right / 2, client.bottom / 2};
+    ClientToScreen(window, &centre);
+    return centre;
+}
+
 std::vector<Control> controlsOf(HWND parent) {
     std::vector<Control> controls;
     for (HWND child = GetWindow(parent, GW_CHILD); child != nullptr; child = GetWindow(child, GW_HWNDNEXT)) {
@@ -212,6 +222,15 @@ MessageBoxFacts waitForMessageBox(DWORD processId) {
         return !facts.buttons.empty() && !facts.text.empty();
     });
     return facts;
+}
+
+bool hasTrayIcon(HWND window) {
+    NOTIFYICONDATAW record{};
+    record.cbSize = sizeof(record);
+    record.hWnd = window;
+    record.uID = 1;
+    // An icon that is not there cannot be changed.
+    return Shell_NotifyIconW(NIM_MODIFY, &record) != FALSE;
 }
 
 HWND openTrayMenu(HWND window, UINT mouseMessage) {

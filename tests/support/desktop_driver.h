@@ -36,6 +36,8 @@ std::uint32_t styleOf(HWND window);
 std::uint32_t extendedStyleOf(HWND window);
 /// Outer rectangle in screen pixels.
 RECT rectOf(HWND window);
+/// Middle of what a window shows inside its frame, in screen pixels.
+POINT clientCentre(HWND window);
 
 /// A direct child of a window.
 struct Control {
@@ -74,6 +76,8 @@ struct MessageBoxFacts {
 /// Waits for a message box of a process; a null window when none came.
 MessageBoxFacts waitForMessageBox(DWORD processId);
 
+/// Whether the notification area knows icon 1 of a window, of this or of another process.
+bool hasTrayIcon(HWND window);
 /// Posts the notice of the notification area that opens the menu and waits for it; null when none came.
 HWND openTrayMenu(HWND window, UINT mouseMessage = WM_RBUTTONDOWN);
 /// The open popup menu of a process, or null.
