@@ -192,6 +192,26 @@ TEST_F(SettingsDialog, IsACentredTopmostDialogWithCaptionSystemMenuAndNoOwner) {
     });
 }
 
+TEST_F(SettingsDialog, ItsFontIsMsShellDlgOfEightPoints) {
+    show([](HWND dialog) {
+        const HDC screen = GetDC(nullptr);
+        const LONG eightPoints = -MulDiv(8, GetDeviceCaps(screen, LOGPIXELSY), 72);
+        ReleaseDC(nullptr, screen);
+        std::vector<HWND> windows{dialog};
+        for (const Control& control : controlsOf(dialog)) {
+            windows.push_back(control.window);
+        }
+        for (const HWND window : windows) {
+            // The dialog is of this process: its handles mean the same here.
+            const LRESULT font = SendMessageW(window, WM_GETFONT, 0, 0);
+            LOGFONTW facts{};
+            ASSERT_NE(GetObjectW(reinterpret_cast<HGDIOBJ>(font), sizeof(facts), &facts), 0);
+            EXPECT_STREQ(facts.lfFaceName, L"MS Shell Dlg");
+            EXPECT_EQ(facts.lfHeight, eightPoints);
+        }
+    });
+}
+
 TEST_F(SettingsDialog, ShowsTheSettingsOfTheEntry) {
     struct Case {
         const wchar_t* entry;

@@ -71,6 +71,22 @@ TEST_F(Start, IsFreeAgainOnceTheFirstHasEnded) {
     EXPECT_TRUE(kelvaro->isRunning());
 }
 
+TEST_F(Start, GoesOnWithoutProtectionWhenTheMutexCannotBeHad) {
+    // Another kind of object of that name: creating the mutex fails, and not because it is there already.
+    const Panelix::UniqueHandle event(CreateEventW(nullptr, TRUE, FALSE, L"KELVARO_G19"));
+    ASSERT_TRUE(event);
+    ASSERT_EQ(CreateMutexW(nullptr, FALSE, L"KELVARO_G19"), nullptr);
+    ASSERT_EQ(GetLastError(), DWORD{ERROR_INVALID_HANDLE});
+    start();
+    const ChildProcess second(kKelvaroProgram);
+    EXPECT_NE(waitForPreview(second), nullptr);
+    for (const HWND preview : {window, waitForPreview(second)}) {
+        PostMessageW(preview, WM_COMMAND, 0x8003, 0);
+    }
+    EXPECT_EQ(kelvaro->waitForExit(), DWORD{0});
+    EXPECT_EQ(second.waitForExit(), DWORD{0});
+}
+
 TEST_F(Start, WaitsForItsDelay) {
     struct Case {
         const wchar_t* arguments;
