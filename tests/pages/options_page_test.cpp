@@ -179,6 +179,31 @@ TEST_F(OptionsPageOnKeyboard, WhatACommandThrowsLeavesThePage) {
     EXPECT_THAT(log, IsEmpty()) << "the page is not left";
 }
 
+TEST_F(OptionsPageOnKeyboard, ACommandLongerThanAPassIsFollowedByAFullPeriodOfTheSlide) {
+    constexpr std::uint64_t kSlidePeriodUs = 16'000;
+    std::uint64_t framesBefore = 0;
+    std::uint64_t nextUpdateUs = 0;
+    app.onCommand = [&](std::uint32_t) {
+        framesBefore = keyboard.frameCount();
+        Sleep(300);
+    };
+    main->onUpdate = [&](const LcdButtons&) {
+        if (app.commands.empty()) {
+            return true;
+        }
+        nextUpdateUs = Standins::nowMicroseconds();
+        return false;
+    };
+    ASSERT_TRUE(keyboard.addScriptStep(0, kPassesToEnter));
+    ASSERT_TRUE(keyboard.addScriptStep(LcdSdk::kButtonOk, 1));
+    app.Run();
+    EXPECT_THAT(app.commands, ElementsAre(32772U));
+    // The frame of the command's own pass came right before the wait.
+    const std::optional<Standins::G19Frame> frame = keyboard.frame(framesBefore + 1);
+    ASSERT_TRUE(frame);
+    EXPECT_GE(nextUpdateUs, frame->timeUs + kSlidePeriodUs - 1'000);
+}
+
 TEST_F(OptionsPageOnKeyboard, MenuReturnsToTheMainPageFromTheTop) {
     press({LcdSdk::kButtonMenu});
     EXPECT_EQ(slideDirection(keyboard, kRed, kPassesToEnter), TransitionKind::SlideFromTop);
