@@ -82,26 +82,8 @@ using UniqueHkey = UniqueResource<details::NullableTraits<HKEY, RegCloseKey>>;
 using UniqueModule = UniqueResource<details::NullableTraits<HMODULE, FreeLibrary>>;
 using UniqueIcon = UniqueResource<details::NullableTraits<HICON, DestroyIcon>>;
 using UniqueMenu = UniqueResource<details::NullableTraits<HMENU, DestroyMenu>>;
+using UniqueDc = UniqueResource<details::NullableTraits<HDC, DeleteDC>>;
 using UniqueBitmap = UniqueResource<details::NullableTraits<HBITMAP, DeleteObject>>;
 using UniqueMappedView = UniqueResource<details::NullableTraits<LPVOID, UnmapViewOfFile>>;
-
-/// The device context of the whole screen, given back to the window manager at the end.
-class ScreenDc {
-public:
-    ScreenDc() noexcept : dc_(GetDC(nullptr)) {}
-    ScreenDc(const ScreenDc&) = delete;
-    ScreenDc& operator=(const ScreenDc&) = delete;
-    ~ScreenDc() {
-        if (dc_ != nullptr) {
-            ReleaseDC(nullptr, dc_);
-        }
-    }
-
-    /// Null when the system gave none.
-    HDC get() const noexcept { return dc_; }
-
-private:
-    HDC dc_;
-};
 
 }  // namespace Panelix

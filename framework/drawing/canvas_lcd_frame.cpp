@@ -22,7 +22,8 @@ BITMAPINFO* asBitmapInfo(DibInfo& info) {
 }  // namespace
 
 LcdFrame Canvas::toLcdFrame() {
-    const ScreenDc screen;
+    // Deleted, not released: the system takes the screen's context back by either call.
+    const UniqueDc screen(GetDC(nullptr));
     HBITMAP raw = nullptr;
     // The call's own answer: the surface may still hold the status of an earlier failure.
     lastStatus_ = surface_.GetHBITMAP(Gdiplus::Color(0, 0, 0, 0), &raw);

@@ -50,7 +50,7 @@ RECT visiblePart(HWND window) {
 }
 
 void saveScreen(const RECT& rect, const std::wstring& file) {
-    const Panelix::ScreenDc screen;
+    const Panelix::UniqueDc screen(CreateDCW(L"DISPLAY", nullptr, nullptr, nullptr));
     Gdiplus::Bitmap picture(rect.right - rect.left, rect.bottom - rect.top, PixelFormat24bppRGB);
     {
         Gdiplus::Graphics graphics(&picture);
