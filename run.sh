@@ -82,7 +82,6 @@ checkOptions() {
     if [[ -z "$shotFile" && -z "${DISPLAY:-}" ]]; then
         shotFile="$here/out/lcd.png"
         ((!desktop)) || shotFile="$here/out/desktop.png"
-        mkdir -p "$here/out"
     fi
     if [[ -z "$shotFile" ]]; then
         [[ -z "$seconds$presses" ]] || fail "--seconds and --press go together with --shot"
@@ -268,6 +267,7 @@ showWindow() {
 }
 
 parseOptions "$@"
+makeOutFolder
 checkOptions
 ensurePackages "${KELVARO_RUN_PACKAGES[@]}"
 targets=(Kelvaro virtual_g19 virtual_g19_tool simulator)

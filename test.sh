@@ -171,7 +171,7 @@ testUnderWine() {
     fi
 }
 
-mkdir -p "$here/out"
+makeOutFolder
 trap cleanUp EXIT
 trap 'exit 130' INT TERM HUP
 ensurePackages "${KELVARO_RUN_PACKAGES[@]}" "${KELVARO_TEST_PACKAGES[@]}"

@@ -15,6 +15,14 @@ fail() {
     exit 1
 }
 
+# Makes out/, where everything goes that the scripts make. In a checkout of somebody else's it cannot be made or
+# written to, and that is known before the packages and the build cost minutes.
+makeOutFolder() {
+    local folder="$KELVARO_ROOT/out"
+    mkdir -p "$folder" 2>/dev/null || fail "the folder $folder cannot be made"
+    [[ -w "$folder" ]] || fail "the folder $folder cannot be written to"
+}
+
 # Sets `wineCommand` to the words that start a Windows program.
 setWineCommand() {
     local candidate
@@ -51,6 +59,7 @@ findWineserver() {
 # WINEPREFIX, WINEDEBUG, and WINEDLLOVERRIDES in front of our own entries.
 setWineEnvironment() {
     export WINEPREFIX="${WINEPREFIX:-$KELVARO_ROOT/out/wineprefix}"
+    checkPrefixFolder
     export WINEDEBUG="${WINEDEBUG:--all}"
     export WINEARCH=win64
     # Without menu entries, .NET and the HTML engine a new prefix is made quickly and asks nothing.
@@ -59,6 +68,13 @@ setWineEnvironment() {
         *"$ours"*) ;;
         *) export WINEDLLOVERRIDES="${WINEDLLOVERRIDES:+$WINEDLLOVERRIDES;}$ours" ;;
     esac
+}
+
+# Wine takes no prefix by a relative path, and none in a folder that belongs to somebody else.
+checkPrefixFolder() {
+    [[ "$WINEPREFIX" == /* ]] || fail "WINEPREFIX must be a whole path, from / on, and not '$WINEPREFIX'"
+    [[ -d "$WINEPREFIX" ]] || mkdir -p "$WINEPREFIX" 2>/dev/null || fail "the Wine prefix $WINEPREFIX cannot be made"
+    [[ -O "$WINEPREFIX" && -w "$WINEPREFIX" ]] || fail "the Wine prefix $WINEPREFIX belongs to somebody else"
 }
 
 # The text that a prepared prefix carries in its stamp file; it changes whenever the script that prepares

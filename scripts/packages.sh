@@ -62,7 +62,7 @@ ensurePackages() {
         fail "these packages are missing and there is no apt-get to install them: $missing"
     findRoot "$missing"
     say "Installing packages: $missing"
-    mkdir -p "$(dirname "$log")"
+    makeOutFolder
     local apt=(env DEBIAN_FRONTEND=noninteractive apt-get -o DPkg::Lock::Timeout=300 -o Acquire::Retries=2)
     # An unreachable server is only a warning of `update`: whether it matters shows when the packages are asked for.
     "${asRoot[@]}" "${apt[@]}" update >"$log" 2>&1 </dev/null || true

@@ -35,11 +35,15 @@ while (($# > 0)); do
     case "$1" in
         -h | --help) usage && exit 0 ;;
         --build)
-            build="${2:?--build needs a folder}"
+            build="${2:-}"
+            [[ -n "$build" ]] || fail "--build needs a folder"
             shift
             ;;
         -*) fail "unknown option '$1'; --help lists the options" ;;
-        *) files+=("$(realpath "$1")") ;;
+        *)
+            [[ -f "$1" ]] || fail "there is no file $1"
+            files+=("$(realpath "$1")")
+            ;;
     esac
     shift
 done
