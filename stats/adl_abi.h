@@ -2,8 +2,7 @@
 
 #include <cstddef>
 
-/// AMD's ADL2 on x64, as its reference describes it (gpuopen-librariesandsdks.github.io/adl): exported C
-/// names, one convention, int results.
+/// AMD's ADL2 on x64, as the maker's reference describes it: exported C names, one convention, int results.
 namespace Adl {
 
 inline constexpr wchar_t kLibraryFile[] = L"atiadlxx.dll";

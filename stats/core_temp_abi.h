@@ -3,10 +3,10 @@
 #include <cstddef>
 #include <cstdint>
 
-/// Core Temp's two interfaces on x64. The shared record's members and their order are on the vendor's
-/// developer page (www.alcpu.com/CoreTemp/developers.html); the offsets follow from its alignment of four
-/// bytes. The reader class and the names of the mappings are not documented there: the class is reached by
-/// its decorated names (see core_temp_names.h), and the calls below are what those names say.
+/// Core Temp's two interfaces on x64. The shared record's members and their order are on the maker's page for
+/// developers; the offsets follow from its alignment of four bytes. The reader class and the names of the
+/// mappings are not documented there: the class is reached by its decorated names (see core_temp_names.h),
+/// and the calls below are what those names say.
 namespace CoreTemp {
 
 inline constexpr std::uint32_t kMaxCores = 256;

@@ -3,9 +3,9 @@
 #include <cstddef>
 #include <cstdint>
 
-/// NVIDIA's NVAPI on x64, as its reference describes it (docs.nvidia.com/nvapi): one convention, 32-bit
-/// status, structures of 32-bit members that begin with a version word. Every function but the first is
-/// reached through nvapi_QueryInterface by its id.
+/// NVIDIA's NVAPI on x64, as the maker's reference describes it: one convention, 32-bit status, structures of
+/// 32-bit members that begin with a version word. Every function but the first is reached through
+/// nvapi_QueryInterface by its id.
 namespace Nvapi {
 
 inline constexpr wchar_t kLibraryFile[] = L"nvapi64.dll";
