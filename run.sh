@@ -236,7 +236,8 @@ takePreviewShot() {
 runDesktop() {
     say "Kelvaro runs in desktop mode: its icon is in the notification area, its menu has Show and Exit"
     startKelvaro
-    wait "$kelvaroPid" || fail "Kelvaro has ended with exit code $? (out/run.log has what it printed)"
+    wait "$kelvaroPid" ||
+        fail "Kelvaro has ended with exit code $? (is there a display at DISPLAY=$DISPLAY? out/run.log has what it printed)"
 }
 
 takeShot() {
