@@ -76,9 +76,12 @@ ensurePackages() {
     [[ -z "$missing" ]] || fail "apt-get said nothing of a failure, but these packages are still missing: $missing"
 }
 
-# One line per package that is set up.
+# How much is to be fetched, and one line per package that is fetched and that is set up.
 showAptProgress() {
-    grep --line-buffered '^Setting up' | sed -u 's/^/   /' || true
+    sed -un \
+        -e 's/^Need to get /   &/p' \
+        -e 's/^Get:[0-9]* [^ ]* [^ ]* [^ ]* \([^ ]*\) .*\(\[.*\]\)$/   Fetching \1 \2/p' \
+        -e 's/^Setting up /   &/p'
 }
 
 explainAptFailure() {
