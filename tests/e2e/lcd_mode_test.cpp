@@ -5,7 +5,6 @@
 #include <gmock/gmock.h>
 
 #include <algorithm>
-#include <atomic>
 #include <chrono>
 #include <cstring>
 #include <string>
@@ -13,6 +12,7 @@
 #include <vector>
 
 #include "tests/e2e/kelvaro_on_keyboard.h"
+#include "tests/support/busy_processors.h"
 #include "tests/support/desktop_driver.h"
 
 namespace {
@@ -98,25 +98,6 @@ TEST_F(KelvaroOnTheKeyboard, TheClockMovesOn) {
     EXPECT_TRUE(waitUntil([&] { return differ(*first, *keyboard.lastFrame(), {4, 210, 316, 240}); }, 10s));
 }
 
-/// Keeps one processor busy.
-class Load {
-public:
-    ~Load() {
-        done_ = true;
-        thread_.join();
-    }
-    Load() = default;
-    Load(const Load&) = delete;
-    Load& operator=(const Load&) = delete;
-
-private:
-    std::atomic<bool> done_ = false;
-    std::thread thread_{[this] {
-        while (!done_) {
-        }
-    }};
-};
-
 /// The leftmost column of the CPU graph in which a sample of at least four percent stands, told by its
 /// brighter red: the whole plot is red up to the present load. The plot's right edge when there is none.
 int leftmostSample(const G19Frame& frame) {
@@ -134,7 +115,7 @@ int leftmostSample(const G19Frame& frame) {
 }
 
 TEST_F(KelvaroOnTheKeyboard, TheCpuGraphGrowsToTheLeftWhileTheMachineIsBusy) {
-    const Load load;
+    const BusyProcessors busy;
     const ChildProcess kelvaro(kKelvaroProgram);
     ASSERT_TRUE(waitForPasses(3));
     int reached = leftmostSample(*keyboard.lastFrame());

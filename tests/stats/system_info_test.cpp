@@ -4,7 +4,6 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <atomic>
 #include <chrono>
 #include <memory>
 #include <optional>
@@ -25,6 +24,7 @@
 #include "tests/stats/preloaded_library.h"
 #include "tests/stats/private_memory.h"
 #include "tests/stats/standin_session.h"
+#include "tests/support/busy_processors.h"
 #include "tests/support/registry_override.h"
 
 namespace {
@@ -116,18 +116,12 @@ TEST_F(SystemInfoMachine, ABusyMachineShowsInTheCpuLoad) {
     SystemInfo info;
     info.update();
     EXPECT_EQ(info.cpuLoad, 0u) << "the first sample is the reference of the next";
-    std::atomic<bool> done = false;
-    std::thread busy([&done] {
-        while (!done) {
-        }
-    });
+    const BusyProcessors busy;
     // The meter samples after more than 200 ms, the average over five samples is whole after as many.
     for (int i = 0; i < 20 && info.cpuLoad == 0; ++i) {
         std::this_thread::sleep_for(std::chrono::milliseconds(230));
         info.update();
     }
-    done = true;
-    busy.join();
     EXPECT_GT(info.cpuLoad, 0u);
     EXPECT_LE(info.cpuLoad, 100u);
 }
