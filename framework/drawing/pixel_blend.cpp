@@ -151,15 +151,6 @@ ShortfallTable makeShortfallTable() {
 /// So many pixels at a time that what is noted about them stays in the nearest cache.
 constexpr std::size_t kChunkPixels = 256;
 
-/// Blue, green and red of the pixels of a vector, in a mask of its bytes.
-constexpr unsigned kColourBytes = 0x7777;
-
-/// Bytes of one vector, a bit for each, the first byte's lowest.
-struct Suspects {
-    std::uint32_t bytes;
-    std::uint32_t pixel;
-};
-
 /// Multiplies four pixels; the answer are the suspect bytes.
 std::uint32_t multiplyVector(std::uint32_t* destination, const std::uint32_t* source) {
     const __m128i zero = _mm_setzero_si128();
@@ -196,14 +187,11 @@ void settle(const Suspects& suspects,
     }
 }
 
-/// At most kChunkPixels, whole vectors.
-void multiplyChunk(std::uint32_t* destination,
-                   const std::uint32_t* source,
-                   std::size_t count,
-                   const ShortfallTable& shortfall) {
-    // Every entry is written before it is counted.
-    // NOLINTNEXTLINE(cppcoreguidelines-pro-type-member-init): zeroing it costs a tenth of the time
-    std::array<Suspects, kChunkPixels / kVectorPixels> found;
+/// As multiplyPixelsAvx2, with vectors of 16 bytes.
+std::size_t multiplyPixelsSse2(std::uint32_t* destination,
+                               const std::uint32_t* source,
+                               std::size_t count,
+                               Suspects* found) {
     std::size_t foundCount = 0;
     for (std::size_t pixel = 0; pixel < count; pixel += kVectorPixels) {
         const std::uint32_t bytes = multiplyVector(destination + pixel, source + pixel);
@@ -211,16 +199,34 @@ void multiplyChunk(std::uint32_t* destination,
         found[foundCount] = {bytes, static_cast<std::uint32_t>(pixel)};
         foundCount += bytes != 0 ? 1U : 0U;
     }
+    return foundCount;
+}
+
+/// At most kChunkPixels, whole vectors of `unit`.
+void multiplyChunk(std::uint32_t* destination,
+                   const std::uint32_t* source,
+                   std::size_t count,
+                   VectorUnit unit,
+                   const ShortfallTable& shortfall) {
+    // Every entry is written before it is counted.
+    // NOLINTNEXTLINE(cppcoreguidelines-pro-type-member-init): zeroing it costs a tenth of the time
+    std::array<Suspects, kChunkPixels / kVectorPixels> found;
+    const auto multiply = unit == VectorUnit::Avx2 ? multiplyPixelsAvx2 : multiplyPixelsSse2;
+    const std::size_t foundCount = multiply(destination, source, count, found.data());
     for (std::size_t index = 0; index < foundCount; ++index) {
         settle(found[index], destination, source, shortfall);
     }
 }
 
-/// Whole vectors.
-void multiplyVectors(std::uint32_t* destination, const std::uint32_t* source, std::size_t count) {
+/// Whole vectors of `unit`.
+void multiplyVectors(std::uint32_t* destination,
+                     const std::uint32_t* source,
+                     std::size_t count,
+                     VectorUnit unit) {
     static const ShortfallTable shortfall = makeShortfallTable();
     for (std::size_t done = 0; done < count; done += kChunkPixels) {
-        multiplyChunk(destination + done, source + done, std::min(kChunkPixels, count - done), shortfall);
+        const std::size_t chunk = std::min(kChunkPixels, count - done);
+        multiplyChunk(destination + done, source + done, chunk, unit, shortfall);
     }
 }
 
@@ -239,7 +245,7 @@ void blendPixels(std::uint32_t* destination,
     const std::size_t wholeVectors = count - count % (unit == VectorUnit::Avx2 ? kAvx2Pixels : kVectorPixels);
     switch (mode) {
         case BlendMode::Multiply:
-            multiplyVectors(destination, source, wholeVectors);
+            multiplyVectors(destination, source, wholeVectors, unit);
             break;
         case BlendMode::Add:
             addVectors(destination, source, wholeVectors, unit);

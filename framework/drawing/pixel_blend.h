@@ -9,7 +9,7 @@ namespace Panelix {
 /// clamped to that range. Any other mode gives black.
 enum class BlendMode : std::uint32_t { Multiply = 0, Add = 1, Subtract = 2 };
 
-/// What adding and subtracting may use; every x64 processor has the first. Multiplying is the same with both.
+/// What blending may use; every x64 processor has the first.
 enum class VectorUnit { Sse2, Avx2 };
 
 /// The better one of those that this machine has.
