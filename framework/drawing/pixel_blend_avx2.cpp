@@ -96,8 +96,8 @@ __m256i finish(__m256i clamped, __m256i wrapped, __m256i lost) {
     return opaque(corrected);
 }
 
-/// Multiplies one vector, by the reasoning that stands with the same for vectors of 16 bytes; the answer are
-/// the suspect bytes.
+/// Multiplies one vector as pixel_blend.cpp does 16 bytes, where the reasons stand; the answer are the
+/// suspect bytes.
 std::uint32_t multiplyVector(std::uint32_t* destination, const std::uint32_t* source) {
     const __m256i zero = _mm256_setzero_si256();
     const __m256i all = _mm256_set1_epi8(-1);
