@@ -3,11 +3,12 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include <algorithm>
 #include <array>
 #include <chrono>
 #include <thread>
 #include <vector>
+
+#include "tests/support/busy_processors.h"
 
 namespace {
 
@@ -201,18 +202,9 @@ TEST(CpuLoadMeter, RealMachineUnderLoadShowsIt) {
     CpuLoadMeter meter;
     std::this_thread::sleep_for(kDue);
     EXPECT_EQ(meter.sample(), 0);
-    // As many busy threads as processors, for as long as the next measurement needs.
-    const unsigned processors = std::max(1u, std::thread::hardware_concurrency());
-    const auto end = std::chrono::steady_clock::now() + std::chrono::milliseconds(400);
-    std::vector<std::thread> threads;
-    for (unsigned i = 0; i < processors; ++i) {
-        threads.emplace_back([end] {
-            while (std::chrono::steady_clock::now() < end) {
-            }
-        });
-    }
-    for (std::thread& thread : threads) {
-        thread.join();
+    {
+        const BusyProcessors busy(BusyProcessors::all());
+        std::this_thread::sleep_for(std::chrono::milliseconds(400));
     }
     const int load = meter.sample();
     EXPECT_GT(load, 50);

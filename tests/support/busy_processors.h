@@ -4,10 +4,14 @@
 #include <thread>
 #include <vector>
 
-/// Keeps half of the machine's processors busy, one at the least, until its end.
+/// Keeps processors of the machine busy until its end.
 class BusyProcessors {
 public:
-    BusyProcessors();
+    /// Half of the processors, one at the least.
+    static unsigned half();
+    static unsigned all();
+
+    explicit BusyProcessors(unsigned count = half());
     ~BusyProcessors();
     BusyProcessors(const BusyProcessors&) = delete;
     BusyProcessors& operator=(const BusyProcessors&) = delete;
