@@ -63,7 +63,8 @@ ensurePackages() {
     findRoot "$missing"
     say "Installing packages: $missing"
     makeOutFolder
-    local apt=(env DEBIAN_FRONTEND=noninteractive apt-get -o DPkg::Lock::Timeout=300 -o Acquire::Retries=2)
+    # Its words are read below, so it speaks English.
+    local apt=(env DEBIAN_FRONTEND=noninteractive LC_ALL=C.UTF-8 apt-get -o DPkg::Lock::Timeout=300 -o Acquire::Retries=2)
     # An unreachable server is only a warning of `update`: whether it matters shows when the packages are asked for.
     "${asRoot[@]}" "${apt[@]}" update >"$log" 2>&1 </dev/null || true
     local words
