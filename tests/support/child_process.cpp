@@ -2,7 +2,7 @@
 
 #include <gtest/gtest.h>
 
-ChildProcess::ChildProcess(const std::wstring& path, const std::wstring& arguments) {
+ChildProcess::ChildProcess(const std::wstring& path, const std::wstring& arguments, HANDLE standardError) {
     // CreateProcessW may write into the line.
     std::wstring line = L"\"" + path + L"\"";
     if (!arguments.empty()) {
@@ -10,10 +10,15 @@ ChildProcess::ChildProcess(const std::wstring& path, const std::wstring& argumen
     }
     STARTUPINFOW startup{};
     startup.cb = sizeof(startup);
+    const BOOL inherit = standardError != nullptr ? TRUE : FALSE;
+    if (inherit != FALSE) {
+        startup.dwFlags = STARTF_USESTDHANDLES;
+        startup.hStdError = standardError;
+    }
     PROCESS_INFORMATION started{};
     EXPECT_NE(
         CreateProcessW(
-            path.c_str(), line.data(), nullptr, nullptr, FALSE, 0, nullptr, nullptr, &startup, &started),
+            path.c_str(), line.data(), nullptr, nullptr, inherit, 0, nullptr, nullptr, &startup, &started),
         FALSE)
         << "error " << GetLastError();
     const Panelix::UniqueHandle thread(started.hThread);

@@ -12,7 +12,10 @@
 class ChildProcess {
 public:
     /// Starts `path` with `arguments` behind it on the command line. Fails the test when that does not work.
-    explicit ChildProcess(const std::wstring& path, const std::wstring& arguments = {});
+    /// `standardError`, unless null, is an inheritable handle that the program gets as its standard error.
+    explicit ChildProcess(const std::wstring& path,
+                          const std::wstring& arguments = {},
+                          HANDLE standardError = nullptr);
     ~ChildProcess();
     ChildProcess(const ChildProcess&) = delete;
     ChildProcess& operator=(const ChildProcess&) = delete;

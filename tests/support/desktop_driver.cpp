@@ -133,6 +133,14 @@ HWND waitForVisibleWindow(DWORD processId,
     return window != nullptr && IsWindowVisible(window) != FALSE ? window : nullptr;
 }
 
+std::vector<HWND> visibleWindows(DWORD processId, const wchar_t* className, const wchar_t* title) {
+    std::vector<HWND> windows = topLevelWindows(processId);
+    std::erase_if(windows, [&](HWND window) {
+        return IsWindowVisible(window) == FALSE || classOf(window) != className || textOf(window) != title;
+    });
+    return windows;
+}
+
 bool waitUntilGone(HWND window) {
     return waitFor([window] { return IsWindow(window) == FALSE; });
 }
@@ -175,6 +183,16 @@ POINT clientCentre(HWND window) {
     POINT centre{client.right / 2, client.bottom / 2};
     ClientToScreen(window, &centre);
     return centre;
+}
+
+POINT captionOf(HWND window) {
+    const RECT rect = rectOf(window);
+    return {rect.left + 60, rect.top + GetSystemMetrics(SM_CYCAPTION) / 2 + 2};
+}
+
+POINT closeBoxOf(HWND window) {
+    const RECT rect = rectOf(window);
+    return {rect.right - 14, rect.top + GetSystemMetrics(SM_CYCAPTION) / 2 + 2};
 }
 
 std::vector<Control> controlsOf(HWND parent) {
@@ -332,6 +350,24 @@ void clickAt(POINT point) {
     moveMouse(point);
     sendMouse(MOUSEEVENTF_LEFTDOWN);
     sendMouse(MOUSEEVENTF_LEFTUP);
+}
+
+void rightClickAt(POINT point) {
+    moveMouse(point);
+    sendMouse(MOUSEEVENTF_RIGHTDOWN);
+    sendMouse(MOUSEEVENTF_RIGHTUP);
+}
+
+void doubleClickAt(POINT point) {
+    moveMouse(point);
+    // At once: with pauses between them the clicks could come too late to be one.
+    std::array<INPUT, 4> inputs{};
+    for (std::size_t i = 0; i < inputs.size(); ++i) {
+        inputs[i].type = INPUT_MOUSE;
+        inputs[i].mi.dwFlags = i % 2 == 0 ? MOUSEEVENTF_LEFTDOWN : MOUSEEVENTF_LEFTUP;
+    }
+    SendInput(static_cast<UINT>(inputs.size()), inputs.data(), sizeof(INPUT));
+    std::this_thread::sleep_for(kMousePause);
 }
 
 void dragFromTo(POINT from, POINT to) {

@@ -26,6 +26,9 @@ HWND waitForVisibleWindow(DWORD processId,
                           const wchar_t* title = nullptr,
                           std::chrono::milliseconds timeout = std::chrono::seconds(10));
 
+/// The visible top-level windows of a process with this class and title.
+std::vector<HWND> visibleWindows(DWORD processId, const wchar_t* className, const wchar_t* title);
+
 /// Waits until a window is no more; false when the time is over.
 bool waitUntilGone(HWND window);
 
@@ -38,6 +41,10 @@ std::uint32_t extendedStyleOf(HWND window);
 RECT rectOf(HWND window);
 /// Middle of what a window shows inside its frame, in screen pixels.
 POINT clientCentre(HWND window);
+/// A point of a window's caption away from its icon and buttons, in screen pixels, and the middle of its
+/// close box.
+POINT captionOf(HWND window);
+POINT closeBoxOf(HWND window);
 
 /// A direct child of a window.
 struct Control {
@@ -112,6 +119,8 @@ ScreenPicture captureClient(HWND window);
 /// later. No pixels when that does not happen.
 ScreenPicture captureSettled(HWND window);
 
-/// Moves the mouse and presses, drags and releases its left button.
+/// Moves the mouse and presses, drags and releases its left or its right button.
 void clickAt(POINT point);
+void rightClickAt(POINT point);
+void doubleClickAt(POINT point);
 void dragFromTo(POINT from, POINT to);

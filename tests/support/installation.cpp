@@ -66,10 +66,10 @@ void CleanProgramEntries::removeInstallFolder() {
     RegDeleteKeyW(HKEY_LOCAL_MACHINE, kProgramKey);
 }
 
-InstallationFolder::InstallationFolder() {
+InstallationFolder::InstallationFolder(const std::wstring& suffix) {
     std::array<wchar_t, MAX_PATH> folder{};
     GetTempPathW(static_cast<DWORD>(folder.size()), folder.data());
-    path_ = folder.data() + (L"Kelvaro Test " + std::to_wstring(GetCurrentProcessId()));
+    path_ = folder.data() + (L"Kelvaro Test " + std::to_wstring(GetCurrentProcessId())) + suffix;
     EXPECT_NE(CreateDirectoryW(path_.c_str(), nullptr), FALSE) << "error " << GetLastError();
     const Panelix::UniqueFile file(CreateFileW(
         executable().c_str(), GENERIC_WRITE, 0, nullptr, CREATE_NEW, FILE_ATTRIBUTE_NORMAL, nullptr));

@@ -37,7 +37,8 @@ private:
 /// the object.
 class InstallationFolder {
 public:
-    InstallationFolder();
+    /// `suffix` ends the folder's name.
+    explicit InstallationFolder(const std::wstring& suffix = {});
     ~InstallationFolder();
     InstallationFolder(const InstallationFolder&) = delete;
     InstallationFolder& operator=(const InstallationFolder&) = delete;
