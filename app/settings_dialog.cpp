@@ -1,6 +1,5 @@
 #include "app/settings_dialog.h"
 
-#include <algorithm>
 #include <array>
 #include <cstdint>
 #include <exception>
@@ -15,10 +14,6 @@ namespace {
 /// Characters that are read from the delay box, the terminator included: longer delays than 999 seconds
 /// cannot be asked for.
 constexpr int kDelayTextSize = 4;
-
-/// Messages that the default procedure sees to completely. The dialog manager would do each of them once
-/// more: a second move loop keeps the dialog at the mouse after the button was let go.
-constexpr std::array<UINT, 4> kComplete = {WM_NCLBUTTONDOWN, WM_NCRBUTTONUP, WM_CONTEXTMENU, WM_SYSCOMMAND};
 
 void showSettings(HWND dialog) {
     bool autostart = false;
@@ -45,14 +40,58 @@ void save(HWND dialog) {
     EndDialog(dialog, 0);
 }
 
-/// The dialog manager takes a message's result from the window, not from the procedure's return value.
-/// Without it, hit tests, deactivation and the caption's text would all be answered with 0: the dialog could
-/// not be dragged, closed or read by name.
+/// Messages whose result is the procedure's return value. Of all others the dialog manager takes the result
+/// from the window.
+bool returnsItsResult(UINT message) {
+    switch (message) {
+        case WM_INITDIALOG:
+        case WM_CHARTOITEM:
+        case WM_COMPAREITEM:
+        case WM_VKEYTOITEM:
+        case WM_QUERYDRAGICON:
+            return true;
+        default:
+            // A brush each.
+            return message >= WM_CTLCOLORMSGBOX && message <= WM_CTLCOLORSTATIC;
+    }
+}
+
+/// Messages that the dialog manager must see to as well, since the default procedure does less than a dialog
+/// needs. All others are done once the default procedure has handled them: the manager would only hand them
+/// to it once more. A second mouse loop, say, would keep the caption's click until the next one, a second
+/// WM_NCCALCSIZE would take the frame off the client area twice.
+bool needsDialogManager(UINT message) {
+    switch (message) {
+        // Only the manager knows the default button, the order of the controls and the template's font.
+        case DM_GETDEFID:
+        case DM_SETDEFID:
+        case WM_NEXTDLGCTL:
+        case WM_GETFONT:
+        // It keeps the focused control while the dialog is not active, and gives it the focus back.
+        case WM_ACTIVATE:
+        case WM_SETFOCUS:
+        case WM_SHOWWINDOW:
+        // The class of dialogs has no brush: it asks for one through WM_CTLCOLORDLG.
+        case WM_ERASEBKGND:
+        // It gives back the font and its own record of the dialog.
+        case WM_NCDESTROY:
+            return true;
+        default:
+            // WM_CLOSE is not among them: the manager would press a button with the id of Cancel, which the
+            // dialog does not have; by default the window is destroyed, and the dialog's loop ends with it.
+            // The mouse buttons are not: the manager closes the lists of combo boxes, of which there are
+            // none.
+            return false;
+    }
+}
+
 INT_PTR defaultResult(HWND dialog, UINT message, WPARAM wParam, LPARAM lParam) {
     const LRESULT result = DefWindowProcW(dialog, message, wParam, lParam);
+    if (returnsItsResult(message)) {
+        return result;
+    }
     SetWindowLongPtrW(dialog, DWLP_MSGRESULT, result);
-    const bool complete = std::find(kComplete.begin(), kComplete.end(), message) != kComplete.end();
-    return complete ? TRUE : result;
+    return needsDialogManager(message) ? FALSE : TRUE;
 }
 
 INT_PTR handleMessage(HWND dialog, UINT message, WPARAM wParam, LPARAM lParam) {

@@ -47,6 +47,41 @@ void settle(HWND dialog) {
     }
 }
 
+/// A visible window of the calling thread's own, of a class that does not let the mouse through.
+class OwnWindow {
+public:
+    explicit OwnWindow(const RECT& place)
+        : window_(CreateWindowExW(0,
+                                  L"Button",
+                                  L"own window",
+                                  WS_POPUP | WS_VISIBLE,
+                                  place.left,
+                                  place.top,
+                                  place.right - place.left,
+                                  place.bottom - place.top,
+                                  nullptr,
+                                  nullptr,
+                                  nullptr,
+                                  nullptr)) {
+        EXPECT_NE(window_, nullptr);
+    }
+    ~OwnWindow() { DestroyWindow(window_); }
+    OwnWindow(const OwnWindow&) = delete;
+    OwnWindow& operator=(const OwnWindow&) = delete;
+
+    HWND handle() const { return window_; }
+
+private:
+    HWND window_;
+};
+
+/// The loop takes out more than the mouse's messages: a button that the real mouse presses is one of them.
+void expectCancelWorks(HWND dialog) {
+    settle(dialog);
+    clickAt(clientCentre(GetDlgItem(dialog, IDC_CANCEL)));
+    EXPECT_TRUE(waitUntilGone(dialog));
+}
+
 /// The dialog on a registry of the test's own, with the program installed.
 class SettingsDialog : public testing::Test {
 protected:
@@ -385,18 +420,29 @@ TEST_F(SettingsDialog, ItsFrameAnswersTheMouse) {
         const auto hit = [dialog](LONG x, LONG y) {
             return SendMessageW(dialog, WM_NCHITTEST, 0, MAKELPARAM(x, y));
         };
-        const LONG captionMiddle = place.top + GetSystemMetrics(SM_CYCAPTION) / 2 + 2;
-        EXPECT_EQ(hit(place.left + 60, captionMiddle), HTCAPTION);
-        EXPECT_EQ(hit(place.right - 14, captionMiddle), HTCLOSE);
+        const POINT caption = captionOf(dialog);
+        const POINT closeBox = closeBoxOf(dialog);
+        EXPECT_EQ(hit(caption.x, caption.y), HTCAPTION);
+        EXPECT_EQ(hit(closeBox.x, closeBox.y), HTCLOSE);
         EXPECT_EQ(hit(place.left + 60, place.bottom - 60), HTCLIENT);
         EXPECT_NE(SendMessageW(dialog, WM_NCACTIVATE, FALSE, 0), FALSE) << "may be deactivated";
+    });
+}
+
+TEST_F(SettingsDialog, HasNoOwnerEvenWhenAnotherWindowOfTheThreadIsActive) {
+    const OwnWindow active({0, 0, 100, 100});
+    SetForegroundWindow(active.handle());
+    ASSERT_EQ(GetActiveWindow(), active.handle());
+    show([&active](HWND dialog) {
+        EXPECT_EQ(GetWindow(dialog, GW_OWNER), nullptr);
+        EXPECT_NE(IsWindowEnabled(active.handle()), FALSE) << "an owner would be locked";
     });
 }
 
 TEST_F(SettingsDialog, IsDraggedByItsCaptionAndLetGo) {
     show([](HWND dialog) {
         const RECT before = rectOf(dialog);
-        const POINT grip{before.left + 60, before.top + GetSystemMetrics(SM_CYCAPTION) / 2 + 2};
+        const POINT grip = captionOf(dialog);
         dragFromTo(grip, {grip.x + 80, grip.y + 40});
         EXPECT_TRUE(waitFor([&] { return rectOf(dialog).left == before.left + 80; }));
         const RECT dropped = rectOf(dialog);
@@ -406,6 +452,105 @@ TEST_F(SettingsDialog, IsDraggedByItsCaptionAndLetGo) {
         settle(dialog);
         const RECT after = rectOf(dialog);
         EXPECT_NE(EqualRect(&after, &dropped), FALSE);
+        expectCancelWorks(dialog);
+    });
+}
+
+TEST_F(SettingsDialog, ARightClickOnItsCaptionOpensTheWindowsMenuAndHoldsNothingUp) {
+    show([](HWND dialog) {
+        // Apart from one another: two clicks at one place would be a double one.
+        for (const LONG x : {0, 80}) {
+            const POINT caption = captionOf(dialog);
+            rightClickAt({caption.x + x, caption.y});
+            ASSERT_TRUE(waitFor([] { return openMenu(GetCurrentProcessId()) != nullptr; })) << x;
+            ASSERT_TRUE(dismissMenu(dialog));
+        }
+        expectCancelWorks(dialog);
+    });
+}
+
+TEST_F(SettingsDialog, ADoubleClickOnItsCaptionDoesNothing) {
+    show([](HWND dialog) {
+        const RECT before = rectOf(dialog);
+        doubleClickAt(captionOf(dialog));
+        SetCursorPos(10, 10);
+        settle(dialog);
+        const RECT after = rectOf(dialog);
+        EXPECT_NE(EqualRect(&after, &before), FALSE);
+        expectCancelWorks(dialog);
+    });
+}
+
+TEST_F(SettingsDialog, ItsCloseBoxClosesItWithoutSaving) {
+    setEntry(L"as it was");
+    show([](HWND dialog) {
+        tick(dialog, true);
+        typeText(dialog, IDC_DELAY, L"99");
+        clickAt(closeBoxOf(dialog));
+        EXPECT_TRUE(waitUntilGone(dialog));
+    });
+    EXPECT_EQ(runValue(), L"as it was");
+}
+
+TEST_F(SettingsDialog, KeepsItsClientAreaWhenTheFrameIsCalculatedAnew) {
+    show([](HWND dialog) {
+        RECT before{};
+        GetClientRect(dialog, &before);
+        const RECT place = rectOf(dialog);
+        SetWindowPos(dialog, nullptr, 0, 0, 0, 0, SWP_FRAMECHANGED | SWP_NOMOVE | SWP_NOSIZE | SWP_NOZORDER);
+        RECT after{};
+        GetClientRect(dialog, &after);
+        EXPECT_NE(EqualRect(&after, &before), FALSE) << after.right << " x " << after.bottom;
+        const RECT samePlace = rectOf(dialog);
+        EXPECT_NE(EqualRect(&samePlace, &place), FALSE);
+    });
+}
+
+TEST_F(SettingsDialog, GivesTheFocusBackToItsControlWhenItIsActivatedAgain) {
+    const OwnWindow rival({0, 0, 100, 100});
+    show([&rival](HWND dialog) {
+        SendMessageW(dialog, WM_NEXTDLGCTL, reinterpret_cast<WPARAM>(GetDlgItem(dialog, IDC_DELAY)), TRUE);
+        ASSERT_EQ(focusedControl(dialog), IDC_DELAY);
+        clickAt(clientCentre(rival.handle()));
+        SetForegroundWindow(rival.handle());
+        ASSERT_TRUE(waitFor([dialog] { return focusedControl(dialog) != IDC_DELAY; }));
+        clickAt(captionOf(dialog));
+        EXPECT_TRUE(waitFor([dialog] { return focusedControl(dialog) == IDC_DELAY; }));
+    });
+}
+
+TEST_F(SettingsDialog, KnowsItsDefaultButton) {
+    show([](HWND dialog) {
+        SendMessageW(dialog, DM_SETDEFID, IDC_CANCEL, 0);
+        const LRESULT answer = SendMessageW(dialog, DM_GETDEFID, 0, 0);
+        EXPECT_EQ(HIWORD(answer), DC_HASDEFID);
+        EXPECT_EQ(LOWORD(answer), IDC_CANCEL);
+    });
+}
+
+TEST_F(SettingsDialog, HasTheColourOfDialogsBehindItsTextsToo) {
+    show([](HWND dialog) {
+        const ScreenPicture picture = captureSettled(dialog);
+        ASSERT_FALSE(picture.pixels.empty());
+        const COLORREF face = GetSysColor(COLOR_3DFACE);
+        const std::uint32_t expected = GetRValue(face) << 16 | GetGValue(face) << 8 | GetBValue(face);
+        const auto colourAt = [&picture](LONG x, LONG y) {
+            return picture.pixels[static_cast<std::size_t>(y * picture.width + x)];
+        };
+        EXPECT_EQ(colourAt(1, 1), expected);
+        for (const Control& control : controlsOf(dialog)) {
+            if (control.className == L"Static" && (control.style & WS_VISIBLE) != 0) {
+                EXPECT_EQ(colourAt(control.rect.right - 1, control.rect.bottom - 1), expected);
+            }
+        }
+    });
+}
+
+TEST_F(SettingsDialog, AnswersAListBoxAsTheDefaultProcedureDoes) {
+    show([](HWND dialog) {
+        // There is none; -1 would tell it to go on by itself.
+        EXPECT_EQ(SendMessageW(dialog, WM_VKEYTOITEM, MAKEWPARAM(VK_DOWN, 0), 0), -1);
+        EXPECT_EQ(SendMessageW(dialog, WM_CHARTOITEM, MAKEWPARAM(L'a', 0), 0), -1);
     });
 }
 

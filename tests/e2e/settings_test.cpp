@@ -13,6 +13,7 @@
 namespace {
 
 constexpr wchar_t kDialogClass[] = L"#32770";
+constexpr std::size_t kShowOrHideItem = 0;
 constexpr std::size_t kSettingsItem = 2;
 constexpr std::size_t kExitItem = 3;
 
@@ -117,6 +118,45 @@ TEST_F(KelvaroSettings, OddEntriesNeverDisturbTheProgram) {
     CleanProgramEntries::setRunValue(std::wstring(300, L'x'));
     expectShown(false, L"");
     EXPECT_TRUE(kelvaro->isRunning());
+}
+
+TEST_F(KelvaroSettings, CanBeCancelledAfterAnyClickOnTheCaption) {
+    start();
+    for (const bool right : {true, false}) {
+        openSettings([&](HWND dialog) {
+            if (right) {
+                rightClickAt(captionOf(dialog));
+                ASSERT_TRUE(waitFor([&] { return openMenu(kelvaro->id()) != nullptr; }));
+                ASSERT_TRUE(dismissMenu(dialog));
+            } else {
+                doubleClickAt(captionOf(dialog));
+            }
+            clickAt(clientCentre(GetDlgItem(dialog, IDC_CANCEL)));
+            EXPECT_TRUE(waitUntilGone(dialog));
+        });
+    }
+    choose(kShowOrHideItem);
+    EXPECT_TRUE(becomesVisible(true)) << "the program goes on";
+}
+
+TEST_F(KelvaroSettings, LeaveTheShownPreviewWindowFree) {
+    start();
+    choose(kShowOrHideItem);
+    ASSERT_TRUE(becomesVisible(true));
+    openSettings([this](HWND dialog) {
+        EXPECT_EQ(GetWindow(dialog, GW_OWNER), nullptr);
+        EXPECT_NE(IsWindowEnabled(window), FALSE);
+    });
+}
+
+TEST_F(KelvaroSettings, AFolderBeyondAsciiIsWrittenInTheAnsiCodePage) {
+    ASSERT_EQ(GetACP(), 1252U);
+    const InstallationFolder installation(L" \u00FC\u20AC");
+    CleanProgramEntries::setInstallFolder(installation.path());
+    start();
+    save(true, L"15");
+    EXPECT_EQ(runValue(), L"\"" + installation.executable() + L"\" -delay15");
+    expectShown(true, L"15");
 }
 
 TEST_F(KelvaroSettings, TheSavedEntryStartsTheProgramAfterItsDelay) {
