@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <charconv>
-#include <system_error>
 
 namespace {
 
@@ -23,7 +22,7 @@ std::string runEntryText(const std::string& path, std::uint32_t delaySeconds) {
     return text;
 }
 
-std::optional<std::uint32_t> runEntryDelay(std::string_view text) {
+std::uint32_t runEntryDelay(std::string_view text) {
     const std::size_t option = text.find(kDelayOption);
     if (option == std::string_view::npos) {
         return 0;
@@ -32,12 +31,9 @@ std::optional<std::uint32_t> runEntryDelay(std::string_view text) {
     if (digits.empty() || !std::all_of(digits.begin(), digits.end(), isDigit<char>)) {
         return 0;
     }
-    // The range of the number that the program's start takes.
+    // The range of the number that the program's start takes. A number beyond it leaves the 0.
     std::int32_t seconds = 0;
-    const auto parsed = std::from_chars(digits.data(), digits.data() + digits.size(), seconds);
-    if (parsed.ec != std::errc()) {
-        return std::nullopt;
-    }
+    std::from_chars(digits.data(), digits.data() + digits.size(), seconds);
     return static_cast<std::uint32_t>(seconds);
 }
 

@@ -10,9 +10,9 @@
 std::string runEntryText(const std::string& path, std::uint32_t delaySeconds);
 
 /// Start delay in seconds that a start command asks for: the number behind its first "-delay". 0 without the
-/// option, and when what follows it is anything else than digits, a blank included. Nothing when the number
-/// is beyond 2,147,483,647.
-std::optional<std::uint32_t> runEntryDelay(std::string_view text);
+/// option, when what follows it is anything else than digits, a blank included, and when the number is beyond
+/// 2,147,483,647.
+std::uint32_t runEntryDelay(std::string_view text);
 
 /// Start delay in seconds that the user typed: 0 for an empty text, nothing for a text with anything else
 /// than digits. `text` has at most 9 characters.

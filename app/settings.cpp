@@ -3,7 +3,6 @@
 #include <windows.h>
 
 #include <array>
-#include <optional>
 #include <string_view>
 #include <utility>
 
@@ -105,12 +104,8 @@ bool ReadSettings(bool& autostart, std::uint32_t& delaySeconds) {
     if (!text.empty() && text.back() == '\0') {
         text.remove_suffix(1);
     }
-    const std::optional<std::uint32_t> delay = runEntryDelay(text);
-    if (!delay) {
-        return false;
-    }
     autostart = status == ERROR_SUCCESS;
-    delaySeconds = *delay;
+    delaySeconds = runEntryDelay(text);
     return closeKey(std::move(key));
 }
 

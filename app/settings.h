@@ -4,9 +4,9 @@
 #include <string>
 
 /// Reads the two settings from the program's entry under the current user's Run key: whether it starts with
-/// Windows (the entry is there), and after how many seconds. False, with both outputs as they were, when the
-/// key cannot be opened, the entry cannot be read (it has more than 260 bytes, say) or its delay is beyond
-/// 2,147,483,647 seconds.
+/// Windows (the entry is there), and after how many seconds; a delay beyond 2,147,483,647 seconds reads as 0.
+/// False, with both outputs as they were, when the key cannot be opened or the entry cannot be read (it has
+/// more than 260 bytes, say).
 bool ReadSettings(bool& autostart, std::uint32_t& delaySeconds);
 
 /// Writes the entry, or deletes it when `autostart` is not set; deleting what is not there succeeds. False

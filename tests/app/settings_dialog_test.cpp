@@ -259,6 +259,9 @@ TEST_F(SettingsDialog, ShowsTheSettingsOfTheEntry) {
              Case{L"\"C:\\Kelvaro.exe\" -delay15", true, L"15"},
              Case{L"\"C:\\Kelvaro.exe\" -delay 15", true, L""},
              Case{L"\"C:\\Kelvaro.exe\" -delay1234", true, L"1234"},
+             Case{L"\"C:\\Kelvaro.exe\" -delay2147483647", true, L"2147483647"},
+             Case{L"\"C:\\Kelvaro.exe\" -delay2147483648", true, L""},
+             Case{L"\"C:\\Kelvaro.exe\" -delay99999999999999999999", true, L""},
          }) {
         if (c.entry != nullptr) {
             setEntry(c.entry);
@@ -271,12 +274,29 @@ TEST_F(SettingsDialog, ShowsTheSettingsOfTheEntry) {
     }
 }
 
-TEST_F(SettingsDialog, ANumberThatDoesNotFitIsAFailedReadAndLeavesTheDefaults) {
-    setEntry(L"\"C:\\Kelvaro.exe\" -delay99999999999999999999");
+TEST_F(SettingsDialog, AFailedReadShowsTheDefaultsWhateverWasShownBefore) {
+    setEntry(L"\"C:\\Kelvaro.exe\" -delay15");
+    show([](HWND dialog) { EXPECT_TRUE(isTicked(dialog)); });
+    setEntry(std::wstring(300, L'x') + L" -delay15");
     show([](HWND dialog) {
         EXPECT_FALSE(isTicked(dialog));
         EXPECT_EQ(delayText(dialog), L"");
     });
+}
+
+TEST_F(SettingsDialog, AnEntryWhoseDelayDoesNotFitIsNotLostByLooking) {
+    const std::wstring odd = L"\"C:\\Kelvaro.exe\" -delay99999999999999999999";
+    setEntry(odd);
+    show([](HWND dialog) {
+        pressButton(dialog, IDC_CANCEL);
+        EXPECT_TRUE(waitUntilGone(dialog));
+    });
+    EXPECT_EQ(runValue(), odd);
+    show([](HWND dialog) {
+        pressButton(dialog, IDC_SAVE);
+        EXPECT_TRUE(waitUntilGone(dialog));
+    });
+    EXPECT_EQ(runValue(), entry(L"")) << "what the dialog shows is what it saves";
 }
 
 TEST_F(SettingsDialog, SavesTheTickedBoxAndTheFirstThreeCharactersOfTheDelay) {

@@ -87,13 +87,13 @@ TEST_F(Settings, AnEntryWithTwoTerminatorsHasNoNumber) {
     EXPECT_EQ(readSettings(), (Read{true, true, 0}));
 }
 
-TEST_F(Settings, ADelayBeyondTheStartsRangeIsAFailedReadThatChangesNothing) {
+TEST_F(Settings, ADelayBeyondTheStartsRangeReadsAsNoneOfAnEntryThatIsThere) {
     setEntry(L"x -delay2147483647");
     EXPECT_EQ(readSettings(), (Read{true, true, 2'147'483'647}));
     setEntry(L"x -delay2147483648");
-    EXPECT_EQ(readSettings(), kFailedRead);
+    EXPECT_EQ(readSettings(), (Read{true, true, 0}));
     setEntry(L"x -delay99999999999999999999");
-    EXPECT_EQ(readSettings(), kFailedRead);
+    EXPECT_EQ(readSettings(), (Read{true, true, 0}));
 }
 
 TEST_F(Settings, AnEntryOf260BytesIsReadAndALongerOneIsAFailedRead) {

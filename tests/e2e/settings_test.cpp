@@ -113,8 +113,10 @@ TEST_F(KelvaroSettings, OddEntriesNeverDisturbTheProgram) {
     start();
     CleanProgramEntries::setRunValue(L"\"C:\\Kelvaro.exe\" -delay 15");
     expectShown(true, L"");
-    CleanProgramEntries::setRunValue(L"\"C:\\Kelvaro.exe\" -delay99999999999999999999");
-    expectShown(false, L"");
+    const std::wstring beyondAll = L"\"C:\\Kelvaro.exe\" -delay99999999999999999999";
+    CleanProgramEntries::setRunValue(beyondAll);
+    expectShown(true, L"");
+    EXPECT_EQ(runValue(), beyondAll);
     CleanProgramEntries::setRunValue(std::wstring(300, L'x'));
     expectShown(false, L"");
     EXPECT_TRUE(kelvaro->isRunning());
