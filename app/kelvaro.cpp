@@ -4,6 +4,7 @@
 #include <utility>
 
 #include "app/about_text.h"
+#include "app/open_dialog.h"
 #include "app/resource_ids.h"
 #include "app/settings_dialog.h"
 #include "framework/core/command_codes.h"
@@ -45,5 +46,8 @@ void Kelvaro::HandleCommand(std::uint32_t command) {
 
 void Kelvaro::showAbout() const {
     const std::wstring caption = L"About " + name();
+    if (bringDialogToFront(caption.c_str())) {
+        return;
+    }
     MessageBoxW(window(), kAboutText, caption.c_str(), MB_ICONINFORMATION);
 }

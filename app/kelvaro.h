@@ -15,7 +15,8 @@ public:
     explicit Kelvaro(HINSTANCE instance);
 
     /// About: a box with the preview window as its owner, if there is one. Settings: the settings dialog.
-    /// Both are modal; other codes do nothing.
+    /// Both are modal and run a message loop, from which this may be called again: one that is open already
+    /// is brought to the front instead, so there is never more than one of each. Other codes do nothing.
     void HandleCommand(std::uint32_t command) override;
 
     /// What the pages read; owned by the application.

@@ -1,10 +1,11 @@
-// Numbers of the program's own resources and of the dialog's controls. Plain defines, because the resource
-// compiler reads this file too.
+// Numbers of the program's own resources and of the dialog's controls, and the dialog's caption. Plain
+// defines, because the resource compiler reads this file too.
 #pragma once
 
 #define IDI_KELVARO 300
 
 #define IDD_SETTINGS 101
+#define SETTINGS_CAPTION "Settings"
 
 // Controls of the settings dialog.
 #define IDC_SAVE 1000

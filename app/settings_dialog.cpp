@@ -5,6 +5,7 @@
 #include <exception>
 #include <optional>
 
+#include "app/open_dialog.h"
 #include "app/resource_ids.h"
 #include "app/run_entry.h"
 #include "app/settings.h"
@@ -121,5 +122,8 @@ INT_PTR CALLBACK dialogProcedure(HWND dialog, UINT message, WPARAM wParam, LPARA
 }  // namespace
 
 void showSettingsDialog(HINSTANCE instance) {
+    if (bringDialogToFront(L"" SETTINGS_CAPTION)) {
+        return;
+    }
     DialogBoxParamW(instance, MAKEINTRESOURCEW(IDD_SETTINGS), nullptr, dialogProcedure, 0);
 }

@@ -5,8 +5,10 @@
 #include <functional>
 #include <string>
 #include <thread>
+#include <utility>
 #include <vector>
 
+#include "app/resource_ids.h"
 #include "standins/lcd_sdk/standin_paths.h"
 #include "tests/e2e/desktop_fixture.h"
 
@@ -14,6 +16,7 @@ namespace {
 
 using testing::ElementsAre;
 
+constexpr wchar_t kDialogClass[] = L"#32770";
 constexpr std::size_t kShowOrHideItem = 0;
 constexpr std::size_t kAboutItem = 1;
 constexpr std::size_t kSettingsItem = 2;
@@ -175,11 +178,51 @@ TEST_F(KelvaroOnTheDesktop, AboutIsABoxOfThePreviewWindow) {
     EXPECT_TRUE(becomesVisible(true)) << "the program goes on";
 }
 
+TEST_F(KelvaroOnTheDesktop, HasOneAboutBoxAndOneSettingsDialogAndBringsTheOpenOneToTheFront) {
+    struct Kind {
+        std::size_t item;
+        std::uint32_t command;
+        const wchar_t* caption;
+        int closingButton;
+    };
+    const Kind about{kAboutItem, 0x8004, L"About Kelvaro", IDOK};
+    const Kind settings{kSettingsItem, 0x8005, L"Settings", IDC_CANCEL};
+    start();
+    for (const auto& [outer, inner] : {std::pair{about, settings}, std::pair{settings, about}}) {
+        choose(outer.item);
+        const HWND outerWindow = waitForVisibleWindow(kelvaro->id(), kDialogClass, outer.caption);
+        ASSERT_NE(outerWindow, nullptr);
+        choose(inner.item);
+        const HWND innerWindow = waitForVisibleWindow(kelvaro->id(), kDialogClass, inner.caption);
+        ASSERT_NE(innerWindow, nullptr);
+        for (const auto& [kind, dialog] : {std::pair{outer, outerWindow}, std::pair{inner, innerWindow}}) {
+            {
+                const RivalWindow rival;
+                choose(kind.item);
+                EXPECT_TRUE(comesToFront(dialog)) << "from the menu";
+            }
+            {
+                const RivalWindow rival;
+                ask(kind.command);
+                EXPECT_TRUE(comesToFront(dialog)) << "without the menu";
+            }
+        }
+        EXPECT_THAT(dialogs(outer.caption), ElementsAre(outerWindow));
+        EXPECT_THAT(dialogs(inner.caption), ElementsAre(innerWindow));
+        pressButton(innerWindow, inner.closingButton);
+        EXPECT_TRUE(waitUntilGone(innerWindow));
+        pressButton(outerWindow, outer.closingButton);
+        EXPECT_TRUE(waitUntilGone(outerWindow));
+    }
+    choose(kShowOrHideItem);
+    EXPECT_TRUE(becomesVisible(true)) << "the program goes on";
+}
+
 TEST_F(KelvaroOnTheDesktop, CanExitWhileItsBoxOrItsDialogIsOpen) {
     for (const std::size_t item : {kAboutItem, kSettingsItem}) {
         start();
         choose(item);
-        ASSERT_NE(waitForVisibleWindow(kelvaro->id(), L"#32770"), nullptr);
+        ASSERT_NE(waitForVisibleWindow(kelvaro->id(), kDialogClass), nullptr);
         PostMessageW(window, WM_COMMAND, 0x8003, 0);
         EXPECT_EQ(kelvaro->waitForExit(), DWORD{0});
     }
