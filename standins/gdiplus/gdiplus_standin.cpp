@@ -19,6 +19,20 @@ int answerNotInitialized() noexcept {
     return Gdiplus::GdiplusNotInitialized;
 }
 
+/// Nothing is done all the same: what a call is to give back stays as the caller left it.
+int answerOk() noexcept {
+    return Gdiplus::Ok;
+}
+
+int answerOutOfMemory() noexcept {
+    return Gdiplus::OutOfMemory;
+}
+
+int startUp(ULONG_PTR* token) noexcept {
+    *token = 1;
+    return Gdiplus::Ok;
+}
+
 int refuseToStart() noexcept {
     return Gdiplus::UnsupportedGdiplusVersion;
 }

@@ -20,6 +20,7 @@ using Standins::waitUntil;
 using testing::ElementsAre;
 
 constexpr wchar_t kGdiplusStandin[] = L"" KELVARO_GDIPLUS_STANDIN;
+constexpr wchar_t kGdiplusWithoutFrames[] = L"" KELVARO_GDIPLUS_WITHOUT_FRAMES;
 
 struct Event {
     std::uint64_t timeUs;
@@ -78,13 +79,27 @@ protected:
         return names;
     }
 
-    /// Reads the error box of the program, answers it and checks that the program then ends with code 1.
+    /// Puts another GDI+ beside the program.
+    void useGdiplus(const wchar_t* library) const {
+        const std::wstring folder = machine.program().substr(0, machine.program().rfind(L'\\'));
+        ASSERT_NE(CopyFileW(library, (folder + L"\\gdiplus.dll").c_str(), FALSE), FALSE);
+    }
+
+    /// Reads the error box of the program, checks that it still counts as running, answers the box and checks
+    /// that the program then ends with code 1.
     void expectErrorBox(const std::wstring& caption, const std::wstring& text) {
         const MessageBoxFacts box = waitForMessageBox(kelvaro->id());
         ASSERT_NE(box.window, nullptr);
         EXPECT_EQ(box.caption, caption);
         EXPECT_EQ(box.text, text);
         EXPECT_EQ(box.owner, nullptr);
+
+        const ChildProcess second(machine.program());
+        const MessageBoxFacts refusal = waitForMessageBox(second.id());
+        EXPECT_EQ(refusal.text, L"Kelvaro is already running!");
+        pressButton(refusal.window, IDOK);
+        EXPECT_EQ(second.waitForExit(), DWORD{1});
+
         pressButton(box.window, IDOK);
         EXPECT_EQ(kelvaro->waitForExit(), DWORD{1});
     }
@@ -129,9 +144,7 @@ TEST_F(Lifecycle, WithoutASoundSystemTheErrorIsShownAndTheLcdIsEnded) {
 }
 
 TEST_F(Lifecycle, WhenGdiPlusDoesNotStartTheErrorIsShownAndEverythingIsGivenBack) {
-    const std::wstring beside =
-        machine.program().substr(0, machine.program().rfind(L'\\')) + L"\\gdiplus.dll";
-    ASSERT_NE(CopyFileW(kGdiplusStandin, beside.c_str(), FALSE), FALSE);
+    useGdiplus(kGdiplusStandin);
     start();
     expectErrorBox(L"Kelvaro - Drawing Error",
                    L"Failed to load bitmap: GdiplusNotInitialized: Indicates that the GDI+ API is not in an "
@@ -150,6 +163,41 @@ TEST_F(Lifecycle, WhenGdiPlusDoesNotStartTheErrorIsShownAndEverythingIsGivenBack
                             "LCD off"));
     EXPECT_EQ(keyboard.frameCount(), 0U);
     EXPECT_TRUE(soundIsBalanced());
+}
+
+TEST_F(Lifecycle, AnErrorOutOfTheLoopIsShownBeforeAnythingEndsAndThenEverythingIsGivenBack) {
+    useGdiplus(kGdiplusWithoutFrames);
+    start();
+    ASSERT_NE(waitForMessageBox(kelvaro->id()).window, nullptr);
+    const std::vector<std::string> beforeTheBoxIsClosed = milestones();
+    expectErrorBox(
+        L"Kelvaro - Drawing Error",
+        L"Failed to retrieve background bitmap: OutOfMemory: Indicates that the operating system is out "
+        L"of memory and could not allocate memory to process the method call.");
+    EXPECT_THAT(beforeTheBoxIsClosed,
+                ElementsAre("LCD on",
+                            "sound on",
+                            "volume callback on",
+                            "volume callback on",
+                            "GPU driver on",
+                            "GPU name",
+                            "first poll"));
+    EXPECT_THAT(milestones(),
+                ElementsAre("LCD on",
+                            "sound on",
+                            "volume callback on",
+                            "volume callback on",
+                            "GPU driver on",
+                            "GPU name",
+                            "first poll",
+                            "volume callback off",
+                            "volume callback off",
+                            "GPU driver off",
+                            "LCD off"));
+    EXPECT_EQ(keyboard.frameCount(), 0U);
+    EXPECT_TRUE(soundIsBalanced());
+    EXPECT_EQ(coreTemp.callCount(Standins::CoreTempCall::Constructor),
+              coreTemp.callCount(Standins::CoreTempCall::Destructor));
 }
 
 TEST_F(Lifecycle, AKeyboardThatRefusesLeavesItsLibraryAlone) {
