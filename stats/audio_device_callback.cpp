@@ -2,7 +2,7 @@
 
 #include <new>
 
-#include "stats/system_info.h"
+#include "stats/snapshot.h"
 #include "stats/volume_percent.h"
 
 namespace {
@@ -26,27 +26,42 @@ float channelVolume(const AUDIO_VOLUME_NOTIFICATION_DATA& data, UINT channel) no
 
 }  // namespace
 
-Microsoft::WRL::ComPtr<AudioDeviceCallback> AudioDeviceCallback::create(SystemInfo& owner,
+void storeLevels(Snapshot& snapshot, AudioEndpoint endpoint, const EndpointLevels& levels) noexcept {
+    if (endpoint == AudioEndpoint::Microphone) {
+        snapshot.microphoneMuted = levels.muted;
+        return;
+    }
+    snapshot.speakerLeftVolume = levels.left;
+    snapshot.speakerRightVolume = levels.right;
+    snapshot.speakerMasterVolume = levels.master;
+    snapshot.speakerMuted = levels.muted;
+}
+
+Microsoft::WRL::ComPtr<AudioDeviceCallback> AudioDeviceCallback::create(Snapshot& snapshot,
+                                                                        const GUID& ownContext,
                                                                         AudioEndpoint endpoint) noexcept {
     Microsoft::WRL::ComPtr<AudioDeviceCallback> callback;
     // Attach() of MinGW's ComPtr adds a reference, though it takes one over.
-    *callback.GetAddressOf() = new (std::nothrow) AudioDeviceCallback(owner, endpoint);
+    *callback.GetAddressOf() = new (std::nothrow) AudioDeviceCallback(snapshot, ownContext, endpoint);
     return callback;
 }
 
-AudioDeviceCallback::AudioDeviceCallback(SystemInfo& owner, AudioEndpoint endpoint) noexcept
-    : endpoint_(endpoint),
-      owner_(&owner) {}
+AudioDeviceCallback::AudioDeviceCallback(Snapshot& snapshot,
+                                         const GUID& ownContext,
+                                         AudioEndpoint endpoint) noexcept
+    : ownContext_(ownContext),
+      endpoint_(endpoint),
+      snapshot_(&snapshot) {}
 
 void AudioDeviceCallback::detach() noexcept {
     const ExclusiveLock lock(lock_);
-    owner_ = nullptr;
+    snapshot_ = nullptr;
 }
 
 void AudioDeviceCallback::adoptReading(const EndpointLevels& reading) noexcept {
     const ExclusiveLock lock(lock_);
-    if (owner_ != nullptr && !noticeTaken_) {
-        owner_->storeLevels(endpoint_, reading);
+    if (snapshot_ != nullptr && !noticeTaken_) {
+        storeLevels(*snapshot_, endpoint_, reading);
     }
 }
 
@@ -84,10 +99,10 @@ HRESULT STDMETHODCALLTYPE AudioDeviceCallback::OnNotify(AUDIO_VOLUME_NOTIFICATIO
                                 roundedPercent(data->fMasterVolume),
                                 data->bMuted != FALSE};
     const ExclusiveLock lock(lock_);
-    if (owner_ == nullptr || data->guidEventContext == owner_->eventContext()) {
+    if (snapshot_ == nullptr || data->guidEventContext == ownContext_) {
         return S_OK;
     }
-    owner_->storeLevels(endpoint_, levels);
+    storeLevels(*snapshot_, endpoint_, levels);
     noticeTaken_ = true;
     return S_OK;
 }

@@ -8,7 +8,7 @@
 #include <atomic>
 #include <cstdint>
 
-class SystemInfo;
+struct Snapshot;
 
 /// The endpoint that a callback watches.
 enum class AudioEndpoint { Speaker, Microphone };
@@ -21,20 +21,25 @@ struct EndpointLevels {
     bool muted = false;
 };
 
+/// Writes one endpoint's fields of the snapshot. Any thread.
+void storeLevels(Snapshot& snapshot, AudioEndpoint endpoint, const EndpointLevels& levels) noexcept;
+
 // COM's interfaces have no virtual destructor: it would take slots of the method table.
 #pragma GCC diagnostic push
 #pragma GCC diagnostic ignored "-Wnon-virtual-dtor"
 
-/// Takes the volume notifications of one endpoint over into the sampler's snapshot. Reference-counted: Core
-/// Audio keeps its own reference for as long as it may call, also beyond the end of the registration.
+/// Takes the volume notifications of one endpoint over into the snapshot. Reference-counted: Core Audio keeps
+/// its own reference for as long as it may call, also beyond the end of the registration.
 ///
-/// Which endpoint it watches is fixed when it is made, so that notifications never look at the sampler's
-/// interface pointers, which the main thread changes. detach() ends its effect: a notice of an endpoint that
-/// is no longer bound changes nothing, and does not touch the sampler.
+/// Which endpoint it watches is fixed when it is made, so that notifications never look at interface
+/// pointers, which the main thread changes. detach() ends its effect: a notice of an endpoint that is no
+/// longer bound changes nothing, and does not touch the snapshot.
 class AudioDeviceCallback final : public IAudioEndpointVolumeCallback {
 public:
-    /// `owner` must live until detach(). Null when there is no memory.
-    static Microsoft::WRL::ComPtr<AudioDeviceCallback> create(SystemInfo& owner,
+    /// `snapshot` must live until detach(). Notices that carry `ownContext` are ignored. Null when there is
+    /// no memory.
+    static Microsoft::WRL::ComPtr<AudioDeviceCallback> create(Snapshot& snapshot,
+                                                              const GUID& ownContext,
                                                               AudioEndpoint endpoint) noexcept;
 
     AudioDeviceCallback(const AudioDeviceCallback&) = delete;
@@ -55,16 +60,17 @@ public:
     HRESULT STDMETHODCALLTYPE OnNotify(AUDIO_VOLUME_NOTIFICATION_DATA* data) noexcept override;
 
 private:
-    AudioDeviceCallback(SystemInfo& owner, AudioEndpoint endpoint) noexcept;
+    AudioDeviceCallback(Snapshot& snapshot, const GUID& ownContext, AudioEndpoint endpoint) noexcept;
     ~AudioDeviceCallback() = default;
 
+    const GUID ownContext_;
     const AudioEndpoint endpoint_;
     std::atomic<ULONG> refCount_{1};
     /// Guards the members below and the stores into the snapshot. Held for these stores only, never during a
     /// call into Core Audio.
     SRWLOCK lock_ = SRWLOCK_INIT;
     /// Null after detach().
-    SystemInfo* owner_;
+    Snapshot* snapshot_;
     bool noticeTaken_ = false;
 };
 

@@ -6,7 +6,6 @@
 #include <mmdeviceapi.h>
 #include <wrl/client.h>
 
-#include <atomic>
 #include <cstdint>
 #include <ctime>
 #include <memory>
@@ -19,11 +18,12 @@
 #include "stats/core_temp_library.h"
 #include "stats/cpu_load_meter.h"
 #include "stats/gpu_vendor.h"
+#include "stats/snapshot.h"
 
-/// Every figure that the pages show: one snapshot, refreshed by tick() every 300 ms. The pages read (and, for
-/// dataReady, clear) the fields directly. Main thread only, but for the volume and mute fields, which Core
-/// Audio's notification threads write at any time: those are lock-free atomics.
-class SystemInfo : public Panelix::RateUpdater {
+/// The sampler of everything that the pages show: its snapshot, refreshed by tick() every 300 ms. The pages
+/// read (and, for dataReady, clear) the fields directly. Main thread only, but for the fields that the
+/// snapshot says Core Audio's notification threads write.
+class SystemInfo : public Panelix::RateUpdater, public Snapshot {
 public:
     /// COM must be running on the thread. Throws Panelix::SysException ("System Info Error") when there is no
     /// GUID or no audio device enumerator to be had; everything else degrades to figures that are marked
@@ -64,16 +64,8 @@ public:
     const GUID& eventContext() const noexcept { return eventContext_; }
 
 private:
-    friend class AudioDeviceCallback;
-
     void sampleCoreTemp();
     void sampleUnreadMail();
-
-    void adoptReading(AudioEndpoint endpoint,
-                      AudioDeviceCallback* callback,
-                      const EndpointLevels& reading) noexcept;
-    /// Writes one endpoint's fields of the snapshot. Any thread.
-    void storeLevels(AudioEndpoint endpoint, const EndpointLevels& levels) noexcept;
 
     GUID eventContext_{};
     Microsoft::WRL::ComPtr<IMMDeviceEnumerator> deviceEnumerator_;
@@ -99,38 +91,4 @@ private:
     [[maybe_unused]] std::int32_t mailPollSpare_ = 3;
     /// Updates between two mail queries.
     std::int32_t mailPollLimit_ = 10;
-
-public:
-    /// Percent.
-    std::uint32_t cpuLoad = 0;
-    /// Hottest core, in the unit that cpuTempFahrenheit tells.
-    std::int32_t cpuTemperature = 0;
-    bool cpuTempFahrenheit = false;
-    std::wstring cpuName;
-    /// "3600.00MHz (100.00 x 36.00)": clock, bus clock and multiplier.
-    std::wstring cpuClockText;
-    /// Core voltage in volts.
-    float cpuVid = 0.0F;
-    /// Physical memory in use, in percent.
-    std::int32_t memoryLoad = 0;
-    /// The Core Temp figures above are of the last update; false: they are older, or were never there.
-    bool coreTempAvailable = false;
-    GpuStats gpuStats;
-    std::wstring gpuName;
-    bool gpuAvailable = false;
-    /// Unread mails of all accounts; -1 when they cannot be read. Queried in every 11th update.
-    std::int32_t unreadMail = 0;
-    /// Volumes in percent; written by notifications too.
-    std::atomic<std::int32_t> speakerLeftVolume{0};
-    std::atomic<std::int32_t> speakerRightVolume{0};
-    std::atomic<std::int32_t> speakerMasterVolume{0};
-    std::atomic<bool> speakerMuted{false};
-    std::atomic<bool> microphoneMuted{false};
-    /// Battery of the first gamepad, see gamepad_battery.h.
-    std::int32_t gamepadBattery = 0;
-    /// Set by every update; cleared by the page that has recorded it.
-    bool dataReady = false;
 };
-
-static_assert(std::atomic<std::int32_t>::is_always_lock_free && std::atomic<bool>::is_always_lock_free,
-              "notification threads write while the pages read");

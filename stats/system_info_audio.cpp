@@ -67,12 +67,13 @@ ComPtr<IAudioEndpointVolume> activateVolume(IMMDevice* device) {
 
 // Null when there is no endpoint to watch, or no memory. Core Audio's answer does not matter: a callback that
 // it did not take is simply never called.
-ComPtr<AudioDeviceCallback> watch(SystemInfo& owner,
+ComPtr<AudioDeviceCallback> watch(Snapshot& snapshot,
+                                  const GUID& ownContext,
                                   AudioEndpoint endpoint,
                                   IAudioEndpointVolume* volume) noexcept {
     ComPtr<AudioDeviceCallback> callback;
     if (volume != nullptr) {
-        callback = AudioDeviceCallback::create(owner, endpoint);
+        callback = AudioDeviceCallback::create(snapshot, ownContext, endpoint);
     }
     if (callback != nullptr) {
         volume->RegisterControlChangeNotify(callback.Get());
@@ -130,6 +131,18 @@ EndpointLevels readMicrophone(IAudioEndpointVolume* volume) {
     return levels;
 }
 
+// Once an endpoint is watched, its callback alone decides what gets into the snapshot.
+void adopt(const EndpointLevels& reading,
+           AudioEndpoint endpoint,
+           AudioDeviceCallback* callback,
+           Snapshot& snapshot) noexcept {
+    if (callback != nullptr) {
+        callback->adoptReading(reading);
+    } else {
+        storeLevels(snapshot, endpoint, reading);
+    }
+}
+
 CoTaskText deviceId(IMMDevice* device) {
     wchar_t* id = nullptr;
     if (device != nullptr) {
@@ -175,26 +188,15 @@ void SystemInfo::bindAudio() noexcept {
 
     speakerDevice_ = defaultDevice(deviceEnumerator_.Get(), eRender);
     speakerVolume_ = activateVolume(speakerDevice_.Get());
-    speakerCallback_ = watch(*this, AudioEndpoint::Speaker, speakerVolume_.Get());
+    speakerCallback_ = watch(*this, eventContext_, AudioEndpoint::Speaker, speakerVolume_.Get());
 
     microphoneDevice_ = defaultDevice(deviceEnumerator_.Get(), eCapture);
     microphoneVolume_ = activateVolume(microphoneDevice_.Get());
-    microphoneCallback_ = watch(*this, AudioEndpoint::Microphone, microphoneVolume_.Get());
+    microphoneCallback_ = watch(*this, eventContext_, AudioEndpoint::Microphone, microphoneVolume_.Get());
 
-    adoptReading(AudioEndpoint::Speaker, speakerCallback_.Get(), readSpeaker(speakerVolume_.Get()));
-    adoptReading(
-        AudioEndpoint::Microphone, microphoneCallback_.Get(), readMicrophone(microphoneVolume_.Get()));
-}
-
-// Once an endpoint is watched, its callback alone decides what gets into the snapshot.
-void SystemInfo::adoptReading(AudioEndpoint endpoint,
-                              AudioDeviceCallback* callback,
-                              const EndpointLevels& reading) noexcept {
-    if (callback != nullptr) {
-        callback->adoptReading(reading);
-    } else {
-        storeLevels(endpoint, reading);
-    }
+    adopt(readSpeaker(speakerVolume_.Get()), AudioEndpoint::Speaker, speakerCallback_.Get(), *this);
+    adopt(
+        readMicrophone(microphoneVolume_.Get()), AudioEndpoint::Microphone, microphoneCallback_.Get(), *this);
 }
 
 void SystemInfo::releaseAudio() noexcept {
@@ -246,15 +248,4 @@ void SystemInfo::toggleMicrophoneMute() {
     if (microphoneVolume_ != nullptr) {
         microphoneVolume_->SetMute(microphoneMuted ? FALSE : TRUE, nullptr);
     }
-}
-
-void SystemInfo::storeLevels(AudioEndpoint endpoint, const EndpointLevels& levels) noexcept {
-    if (endpoint == AudioEndpoint::Microphone) {
-        microphoneMuted = levels.muted;
-        return;
-    }
-    speakerLeftVolume = levels.left;
-    speakerRightVolume = levels.right;
-    speakerMasterVolume = levels.master;
-    speakerMuted = levels.muted;
 }

@@ -17,7 +17,8 @@ class AudioCallback : public WithAudio {
 protected:
     // No device, so that this callback is the only one.
     SystemInfo info;
-    ComPtr<AudioDeviceCallback> callback = AudioDeviceCallback::create(info, AudioEndpoint::Speaker);
+    ComPtr<AudioDeviceCallback> callback =
+        AudioDeviceCallback::create(info, info.eventContext(), AudioEndpoint::Speaker);
 };
 
 AUDIO_VOLUME_NOTIFICATION_DATA noticeOf(float volume, bool muted) {
@@ -89,7 +90,8 @@ TEST_F(AudioCallback, ChangesNothingOnceDetached) {
 
 TEST_F(AudioCallback, ItsMemoryGoesWithTheLastReference) {
     const std::ptrdiff_t before = heapBlocksInUse();
-    AudioDeviceCallback* const raw = AudioDeviceCallback::create(info, AudioEndpoint::Microphone).Detach();
+    AudioDeviceCallback* const raw =
+        AudioDeviceCallback::create(info, info.eventContext(), AudioEndpoint::Microphone).Detach();
     EXPECT_EQ(heapBlocksInUse(), before + 1);
     raw->AddRef();
     raw->Release();
@@ -144,7 +146,7 @@ private:
 
 TEST_F(AudioCallback, DetachingWaitsForTheNoticeThatIsBeingTaken) {
     GuardedSampler sampler;
-    callback = AudioDeviceCallback::create(*sampler, AudioEndpoint::Speaker);
+    callback = AudioDeviceCallback::create(*sampler, sampler->eventContext(), AudioEndpoint::Speaker);
     HeldWriter writer(sampler);
     std::thread notifier([this] {
         AUDIO_VOLUME_NOTIFICATION_DATA notice = noticeOf(0.3F, true);
