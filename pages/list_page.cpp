@@ -3,6 +3,7 @@
 #include <array>
 
 #include "framework/drawing/canvas.h"
+#include "framework/drawing/surface_settings.h"
 #include "pages/image_ids.h"
 #include "pages/page_drawing.h"
 
@@ -33,7 +34,7 @@ void ListPage::drawList(const wchar_t* title, const ListLayout::Arrow& arrow, co
 
     drawImage(target, background_, ListLayout::kBackground);
     fillArrow(target, arrow, textBrush);
-    const Gdiplus::FontFamily family(kFontFace);
+    const Gdiplus::FontFamily family(Panelix::kFontFace);
     const Gdiplus::Font font(&family, ListLayout::kFontPx, Gdiplus::FontStyleRegular, Gdiplus::UnitPixel);
     drawText(target, title, font, toPointF(ListLayout::kTitle), &centred, textBrush);
 

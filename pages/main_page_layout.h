@@ -1,5 +1,6 @@
 #pragma once
 
+#include "framework/drawing/plot_rows.h"
 #include "pages/page_geometry.h"
 
 /// Where things stand on the main page. A text's point is what its alignment refers to: the top-left corner,
@@ -13,9 +14,8 @@ inline constexpr float kLargeFontPx = 24.0F;
 
 inline constexpr PagePoint kFullScreen{0, 0};
 
-/// A plot is one column per sample wide and one pixel per percent high.
+/// A plot is one column per sample wide.
 inline constexpr int kGraphWidth = 201;
-inline constexpr int kGraphHeight = 100;
 inline constexpr int kGraphBarGap = 4;
 inline constexpr int kGraphBarWidth = 18;
 
@@ -34,7 +34,6 @@ inline constexpr PagePoint kGpuTemperature{205, 210};
 /// The mixer's bars stand on this row and grow upwards, one pixel per percent.
 inline constexpr int kVolumeBarBottom = 104;
 inline constexpr int kVolumeBarWidth = 17;
-inline constexpr int kVolumeBarMaxHeight = 100;
 inline constexpr int kLeftVolumeBarX = 280;
 inline constexpr int kRightVolumeBarX = 300;
 inline constexpr PageRect kLeftChannelHighlight{277, 1, 22, 105};
@@ -50,15 +49,16 @@ inline constexpr PagePoint kClock{160, 225};
 
 /// The plot and its bar.
 constexpr PageRect graphRect(PagePoint topLeft) {
-    return {topLeft.x, topLeft.y, kGraphWidth + kGraphBarGap + kGraphBarWidth, kGraphHeight};
+    return {topLeft.x, topLeft.y, kGraphWidth + kGraphBarGap + kGraphBarWidth, Panelix::kPlotHeightPx};
 }
 
-constexpr PageRect fullVolumeBar(int x) {
-    return {x, kVolumeBarBottom - kVolumeBarMaxHeight, kVolumeBarWidth, kVolumeBarMaxHeight};
+constexpr PageRect volumeBar(int x, int percent) {
+    const Panelix::LcdRows rows = Panelix::barRows(kVolumeBarBottom, percent);
+    return {x, rows.top, kVolumeBarWidth, rows.height};
 }
 
 static_assert(isOnScreen(graphRect(kCpuGraph)) && isOnScreen(graphRect(kGpuGraph)));
-static_assert(isOnScreen(fullVolumeBar(kLeftVolumeBarX)) && isOnScreen(fullVolumeBar(kRightVolumeBarX)));
+static_assert(isOnScreen(volumeBar(kLeftVolumeBarX, 100)) && isOnScreen(volumeBar(kRightVolumeBarX, 100)));
 static_assert(isOnScreen(kLeftChannelHighlight) && isOnScreen(kRightChannelHighlight));
 static_assert(isOnScreen(kCpuName) && isOnScreen(kCpuClock) && isOnScreen(kCpuVid) &&
               isOnScreen(kCpuTemperature));

@@ -26,9 +26,7 @@ void drawFigure(Gdiplus::Graphics& graphics, const TextTools& tools, int percent
 }
 
 void drawBar(Gdiplus::Graphics& graphics, int x, int percent) {
-    fillRect(graphics,
-             {x, Layout::kVolumeBarBottom - percent, Layout::kVolumeBarWidth, percent},
-             Palette::kChannelVolume);
+    fillRect(graphics, Layout::volumeBar(x, percent), Palette::kChannelVolume);
 }
 
 }  // namespace

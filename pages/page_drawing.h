@@ -12,9 +12,6 @@
 // What the pages' drawing has in common. A failed GDI+ call stays in the last status of the object it was
 // made on, and drawing goes on.
 
-/// Face of every text on the LCD.
-inline constexpr wchar_t kFontFace[] = L"Arial";
-
 /// Draws `text` at a point: without a layout box it is neither wrapped nor clipped, and `format` places it
 /// relative to the point. A null format puts the top-left corner there.
 void drawText(Gdiplus::Graphics& graphics,

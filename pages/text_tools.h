@@ -4,6 +4,7 @@
 
 #include <gdiplus.h>
 
+#include "framework/drawing/surface_settings.h"
 #include "pages/main_page_layout.h"
 #include "pages/page_drawing.h"
 
@@ -15,7 +16,7 @@ struct TextTools {
         setAlignment(topLeft, Gdiplus::StringAlignmentNear, Gdiplus::StringAlignmentNear);
     }
 
-    Gdiplus::FontFamily family{kFontFace};
+    Gdiplus::FontFamily family{Panelix::kFontFace};
     Gdiplus::Font figures{
         &family, MainPageLayout::kFigureFontPx, Gdiplus::FontStyleRegular, Gdiplus::UnitPixel};
     Gdiplus::Font details{

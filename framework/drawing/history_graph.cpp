@@ -1,15 +1,15 @@
 #include "framework/drawing/history_graph.h"
 
+#include <cstdint>
 #include <utility>
+
+#include "framework/drawing/plot_rows.h"
+#include "framework/drawing/surface_settings.h"
 
 namespace Panelix {
 
 namespace {
 
-/// One pixel per percent.
-constexpr int kPlotHeightPx = 100;
-
-constexpr const wchar_t* kLabelFont = L"Arial";
 constexpr Gdiplus::REAL kLabelSizePx = 15.0F;
 constexpr Gdiplus::REAL kLabelIndentPx = 2.0F;
 constexpr int kLabelTopPx = 85;
@@ -25,19 +25,31 @@ void addSample(std::list<std::int32_t>& history, const HistoryGraph& graph, bool
     }
 }
 
+/// Fills a bar that stands on the plot's lower edge.
+void fillBar(Gdiplus::Graphics& target,
+             const Gdiplus::Brush* brush,
+             int x,
+             int width,
+             const HistoryGraph& graph,
+             int percent) {
+    const LcdRows rows = barRows(graph.y + kPlotHeightPx, percent);
+    target.FillRectangle(brush, x, rows.top, width, rows.height);
+}
+
 void drawSamples(Gdiplus::Graphics& target,
                  const HistoryGraph& graph,
                  const std::list<std::int32_t>& history) {
-    const int bottom = graph.y + kPlotHeightPx - 1;
+    const int foot = graph.y + kPlotHeightPx - 1;
     int column = graph.x + graph.width - 1;
     for (const std::int32_t sample : history) {
-        target.DrawLine(graph.linePen, column, bottom, column, bottom - sample);
+        const int head = nearestLcdRow(std::int64_t{foot} - sample);
+        target.DrawLine(graph.linePen, column, nearestLcdRow(foot), column, head);
         --column;
     }
 }
 
 void drawLabel(Gdiplus::Graphics& target, const HistoryGraph& graph) {
-    const Gdiplus::FontFamily family(kLabelFont);
+    const Gdiplus::FontFamily family(kFontFace);
     const Gdiplus::Font font(&family, kLabelSizePx, Gdiplus::FontStyleRegular, Gdiplus::UnitPixel);
     // A box without size neither wraps nor clips.
     const Gdiplus::RectF box(static_cast<Gdiplus::REAL>(graph.x) + kLabelIndentPx,
@@ -53,13 +65,9 @@ void drawHistoryGraph(Gdiplus::Graphics& target,
                       const HistoryGraph& graph,
                       std::list<std::int32_t>& history,
                       bool record) {
-    target.FillRectangle(
-        graph.areaBrush, graph.x, graph.y + kPlotHeightPx - graph.value, graph.width, graph.value);
-    target.FillRectangle(graph.barBrush,
-                         graph.x + graph.width + graph.barGap,
-                         graph.y + kPlotHeightPx - graph.barValue,
-                         graph.barWidth,
-                         graph.barValue);
+    fillBar(target, graph.areaBrush, graph.x, graph.width, graph, graph.value);
+    fillBar(
+        target, graph.barBrush, graph.x + graph.width + graph.barGap, graph.barWidth, graph, graph.barValue);
     addSample(history, graph, record);
     drawSamples(target, graph, history);
     drawLabel(target, graph);

@@ -10,7 +10,7 @@
 
 namespace Panelix {
 
-/// One history graph on a page: a plot 100 pixels high, one pixel per percent, with a bar at its right.
+/// One history graph on a page: a plot kPlotHeightPx high, one pixel per percent, with a bar at its right.
 struct HistoryGraph {
     std::wstring label;
     /// Brushes and pen are borrowed; a null one makes GDI+ record a failure and draw nothing.
@@ -25,7 +25,8 @@ struct HistoryGraph {
     int width;
     int barGap;
     int barWidth;
-    /// Current reading and bar in percent. Values outside 0 to 100 draw outside the plot.
+    /// Current reading and bar in percent. Any value; those outside 0 to 100 draw outside the plot, as far as
+    /// the LCD goes.
     int value;
     int barValue;
 };

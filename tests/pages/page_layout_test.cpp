@@ -45,7 +45,7 @@ TEST(ListLayout, RowsDoNotOverlap) {
 
 TEST(MainPageLayout, TheMixersFullBarsFitIntoTheHighlight) {
     namespace Layout = MainPageLayout;
-    const PageRect bar = Layout::fullVolumeBar(Layout::kLeftVolumeBarX);
+    const PageRect bar = Layout::volumeBar(Layout::kLeftVolumeBarX, 100);
     EXPECT_GE(bar.x, Layout::kLeftChannelHighlight.x);
     EXPECT_LE(bar.x + bar.width, Layout::kLeftChannelHighlight.x + Layout::kLeftChannelHighlight.width);
     EXPECT_GE(bar.y, Layout::kLeftChannelHighlight.y);

@@ -3,11 +3,16 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <array>
+#include <cstddef>
 #include <cstdint>
+#include <limits>
 #include <list>
 #include <vector>
 
 #include "tests/framework/drawing/drawing_fixture.h"
+#include "tests/support/gdiplus_ledger.h"
+#include "tests/support/import_override.h"
 
 using Panelix::drawHistoryGraph;
 using Panelix::HistoryGraph;
@@ -21,6 +26,44 @@ constexpr std::uint32_t kArea = 0xFF204060;
 constexpr std::uint32_t kBar = 0xFF00C000;
 constexpr std::uint32_t kLine = 0xFFFFFF00;
 constexpr std::uint32_t kLabel = 0xFFFFFFFF;
+
+constexpr int kLeast = std::numeric_limits<int>::min();
+constexpr int kMost = std::numeric_limits<int>::max();
+
+/// A line or a rectangle as GDI+ was given it; of a line the second point takes the size's place.
+struct DrawnShape {
+    int x;
+    int y;
+    int width;
+    int height;
+
+    friend bool operator==(const DrawnShape&, const DrawnShape&) = default;
+};
+
+std::vector<DrawnShape> drawnLines;
+std::vector<DrawnShape> filledRectangles;
+
+Gdiplus::GpStatus WINGDIPAPI noteLine(Gdiplus::GpGraphics*, Gdiplus::GpPen*, INT x1, INT y1, INT x2, INT y2) {
+    drawnLines.push_back({x1, y1, x2, y2});
+    return Gdiplus::Ok;
+}
+
+Gdiplus::GpStatus WINGDIPAPI
+noteRectangle(Gdiplus::GpGraphics*, Gdiplus::GpBrush*, INT x, INT y, INT width, INT height) {
+    filledRectangles.push_back({x, y, width, height});
+    return Gdiplus::Ok;
+}
+
+/// Takes lines and rectangles away from GDI+ and notes them.
+struct NotedShapes {
+    NotedShapes() {
+        drawnLines.clear();
+        filledRectangles.clear();
+    }
+
+    ImportOverride line{"gdiplus.dll", "GdipDrawLineI", noteLine};
+    ImportOverride rectangle{"gdiplus.dll", "GdipFillRectangleI", noteRectangle};
+};
 
 class HistoryGraphDrawing : public DrawingTest {
 protected:
@@ -219,4 +262,87 @@ TEST_F(HistoryGraphDrawing, NullBrushesAndPenLeaveAStatusAndDrawTheRest) {
     EXPECT_EQ(screen_.graphics.GetLastStatus(), Gdiplus::InvalidParameter);
     EXPECT_TRUE(samePicture(screen_.picture(), expected));
     EXPECT_EQ(history, (std::list<std::int32_t>{40, 10, 20}));
+}
+
+TEST_F(HistoryGraphDrawing, EveryEntryIsALineFromThePlotsFootAndAZeroOneHasNoLength) {
+    std::list<std::int32_t> history{0, 7, 0};
+    const NotedShapes noted;
+    drawHistoryGraph(screen_.graphics, graph(0, 0), history, false);
+    const std::vector<DrawnShape> lines{{29, 159, 29, 159}, {28, 159, 28, 152}, {27, 159, 27, 159}};
+    EXPECT_EQ(drawnLines, lines);
+    const std::vector<DrawnShape> rectangles{{20, 160, 10, 0}, {33, 160, 7, 0}};
+    EXPECT_EQ(filledRectangles, rectangles);
+}
+
+TEST_F(HistoryGraphDrawing, WhatShowsIsDrawnAsIfNothingWereCutOff) {
+    // Half transparent, and all over each other: what is drawn twice shows.
+    const Gdiplus::SolidBrush area{Gdiplus::Color(0x64FF0000)};
+    const Gdiplus::SolidBrush bar{Gdiplus::Color(0xC8FF3C00)};
+    const Gdiplus::Pen line{Gdiplus::Color(0x96FF0000), 1.0F};
+    Screen uncut;
+    for (int value = -400; value <= 400; ++value) {
+        HistoryGraph mad = graph(value, -value);
+        mad.areaBrush = &area;
+        mad.barBrush = &bar;
+        mad.linePen = &line;
+        // The plots of the main page, and some that reach over the LCD's edges themselves.
+        constexpr std::array<int, 5> kTops{4, 109, -60, 200, 300};
+        mad.y = kTops[static_cast<std::size_t>(value + 400) % kTops.size()];
+        std::list<std::int32_t> history{value, -value, value / 2, 300 - value};
+        screen_.fill(0xFF808080);
+        drawHistoryGraph(screen_.graphics, mad, history, false);
+
+        uncut.fill(0xFF808080);
+        const int bottom = mad.y + 100;
+        uncut.graphics.FillRectangle(&area, 20, bottom - value, 10, value);
+        uncut.graphics.FillRectangle(&bar, 33, bottom + value, 7, -value);
+        int column = 29;
+        for (const std::int32_t sample : history) {
+            uncut.graphics.DrawLine(&line, column, bottom - 1, column, bottom - 1 - sample);
+            --column;
+        }
+        ASSERT_TRUE(samePicture(screen_.picture(), uncut.picture())) << value << " at " << mad.y;
+    }
+}
+
+TEST_F(HistoryGraphDrawing, MadFiguresReachGdiplusAsFarAsTheLcdGoesOnly) {
+    for (const int value : {kLeast, kLeast + 1, -1'000'000'000, 1'000'000'000, kMost - 1, kMost}) {
+        std::list<std::int32_t> history{value, 50};
+        {
+            const NotedShapes noted;
+            drawHistoryGraph(screen_.graphics, graph(value, value), history, true);
+        }
+        ASSERT_EQ(drawnLines.size(), 3U);
+        ASSERT_EQ(filledRectangles.size(), 2U);
+        for (const DrawnShape& line : drawnLines) {
+            EXPECT_GE(std::min(line.y, line.height), -1) << value;
+            EXPECT_LE(std::max(line.y, line.height), kLcdHeight) << value;
+        }
+        for (const DrawnShape& rectangle : filledRectangles) {
+            EXPECT_GE(std::min(rectangle.y, rectangle.y + rectangle.height), -1) << value;
+            EXPECT_LE(std::max(rectangle.y, rectangle.y + rectangle.height), kLcdHeight) << value;
+        }
+        EXPECT_EQ(history, (std::list<std::int32_t>{value, value, 50})) << "the history keeps what was read";
+    }
+}
+
+TEST_F(HistoryGraphDrawing, AMadFigureLooksLikeTheFirstOneBeyondTheLcd) {
+    for (const int sign : {-1, 1}) {
+        std::list<std::int32_t> history{400 * sign};
+        screen_.fill(kGround);
+        const Picture expected = drawn(graph(400 * sign, 400 * sign), history);
+        history = {sign < 0 ? kLeast : kMost};
+        screen_.fill(kGround);
+        EXPECT_TRUE(samePicture(drawn(graph(history.front(), history.front()), history), expected));
+    }
+}
+
+TEST_F(HistoryGraphDrawing, GivesBackEverythingThatADrawingTakes) {
+    HistoryGraph labelled = graph(40, 20);
+    labelled.label = L"CPU";
+    std::list<std::int32_t> history{10};
+    const GdiplusLedger ledger;
+    drawHistoryGraph(screen_.graphics, labelled, history, true);
+    EXPECT_EQ(ledger.taken(), (GdiplusLedger::Numbers{{"font", 1}, {"font family", 1}}));
+    EXPECT_EQ(ledger.outstanding(), GdiplusLedger::Numbers{});
 }
