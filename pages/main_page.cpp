@@ -149,6 +149,8 @@ void MainPage::drawStatistics(Panelix::Canvas& canvas, const Panelix::LcdButtons
     if (screenshotWanted) {
         // What is saved is the last frame composed: this drawing of the page is not on the canvas yet.
         canvas.saveScreenshot();
+        // The time of an error box must not count as the pass's own.
+        app()->requestFullWait();
     }
 }
 

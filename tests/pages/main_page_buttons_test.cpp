@@ -3,10 +3,15 @@
 #include <gmock/gmock.h>
 
 #include <algorithm>
+#include <filesystem>
+#include <memory>
+#include <optional>
+#include <utility>
 
 #include "framework/core/lcd_sdk_abi.h"
 #include "tests/pages/main_page_fixture.h"
 #include "tests/pages/slide_direction.h"
+#include "tests/support/message_box_watcher.h"
 #include "tests/support/temporary_folder.h"
 
 namespace {
@@ -21,11 +26,15 @@ using testing::IsEmpty;
 class MainPageButtons : public MainPageOnKeyboard {
 protected:
     MainPageButtons() {
+        setDocuments(documents.path());
+        log.clear();
+    }
+
+    void setDocuments(const std::wstring& path) {
         const std::wstring explorer = L"Software\\Microsoft\\Windows\\CurrentVersion\\Explorer\\";
         for (const wchar_t* key : {L"Shell Folders", L"User Shell Folders"}) {
-            registry.setText(HKEY_CURRENT_USER, explorer + key, L"Personal", documents.path());
+            registry.setText(HKEY_CURRENT_USER, explorer + key, L"Personal", path);
         }
-        log.clear();
     }
 
     /// The page's picture of the picture mode.
@@ -86,6 +95,48 @@ TEST_F(MainPageButtons, DownSavesWhatTheCanvasHeldBeforeThisDrawing) {
     Gdiplus::Bitmap saved((documents.path() + L"\\" + files[0]).c_str());
     ASSERT_EQ(saved.GetLastStatus(), Gdiplus::Ok);
     EXPECT_TRUE(samePixels(PagePixels(saved), PagePixels(*menu->bitmap())));
+}
+
+TEST_F(MainPageButtons, TheErrorBoxOfAScreenshotIsFollowedByAFullPeriodOfTheSlide) {
+    constexpr std::uint64_t kSlidePeriodUs = 16'000;
+    setDocuments(L"Q:\\nowhere");
+    const MessageBoxWatcher watcher(IDOK, [](const SeenMessageBox&) { Sleep(200); });
+    // Looks before the main page does anything.
+    auto first = std::make_unique<ProbePage>("first", &app, &log);
+    std::uint64_t framesBefore = 0;
+    std::uint64_t nextUpdateUs = 0;
+    int pass = 0;
+    first->onUpdate = [&](const LcdButtons& buttons) {
+        ++pass;
+        if (framesBefore != 0) {
+            nextUpdateUs = Standins::nowMicroseconds();
+            return false;
+        }
+        framesBefore = buttons.isPressed(LcdButton::Down) ? keyboard.frameCount() : 0;
+        return pass < 10;
+    };
+    app.AddPage(std::move(first), true);
+    app.SwitchPage(page, Panelix::TransitionKind::SlideFromLeft);
+    ASSERT_TRUE(keyboard.addScriptStep(0, 2));
+    ASSERT_TRUE(keyboard.addScriptStep(Panelix::LcdSdk::kButtonDown, 1));
+    app.Run();
+    EXPECT_EQ(watcher.boxes().size(), 1U);
+    // The frame of the screenshot's own pass came right before the wait.
+    const std::optional<Standins::G19Frame> frame = keyboard.frame(framesBefore + 1);
+    ASSERT_TRUE(frame);
+    EXPECT_GE(nextUpdateUs, frame->timeUs + kSlidePeriodUs - 1'000);
+}
+
+TEST_F(MainPageButtons, OnePressSavesOnce) {
+    draw(down({LcdButton::Down}));
+    ASSERT_EQ(documents.files().size(), 1U);
+    std::filesystem::remove(std::filesystem::path(documents.path()) / documents.files()[0]);
+    draw(held({LcdButton::Down}));
+    draw();
+    draw(down({LcdButton::Up}));
+    EXPECT_THAT(documents.files(), IsEmpty());
+    draw(down({LcdButton::Down}));
+    EXPECT_EQ(documents.files().size(), 1U);
 }
 
 TEST_F(MainPageButtons, NoOtherPressSavesAnything) {
