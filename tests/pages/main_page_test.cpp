@@ -2,13 +2,19 @@
 
 #include <gmock/gmock.h>
 
+#include <cstdint>
 #include <functional>
+#include <limits>
+#include <vector>
 
 #include "tests/pages/main_page_fixture.h"
+#include "tests/support/gdiplus_ledger.h"
+#include "tests/support/import_override.h"
 
 namespace {
 
 using Panelix::LcdButton;
+using Panelix::LcdButtons;
 
 using MainPageLook = MainPageOnKeyboard;
 
@@ -100,6 +106,30 @@ TEST_F(MainPageLook, FollowsTheGpuFigures) {
     }
 }
 
+TEST_F(MainPageLook, OneMadFigureIsDrawnAsFarAsTheLcdGoesAndStaysInTheHistory) {
+    const auto setAll = [this](std::int32_t value) {
+        sampler.cpuLoad = static_cast<std::uint32_t>(value);
+        sampler.memoryLoad = value;
+        sampler.gpuStats.load = value;
+        sampler.gpuStats.memoryLoad = value;
+    };
+    for (const std::int32_t figure :
+         {std::numeric_limits<std::int32_t>::max(), std::numeric_limits<std::int32_t>::min()}) {
+        setAll(figure);
+        sampler.dataReady = true;
+        draw();
+        drawWithinOneSecond(*page);
+        // The same to the eye, and nothing that the test's own drawing could not cope with.
+        const int likeIt = figure > 0 ? 400 : -400;
+        setAll(likeIt);
+        expected.cpuHistory.push_front(likeIt);
+        expected.gpuHistory.push_front(likeIt);
+        PagePainter painter(app.canvas());
+        expected.paint(painter);
+        EXPECT_TRUE(samePixels(PagePixels(*page->bitmap()), painter.pixels())) << figure;
+    }
+}
+
 TEST_F(MainPageLook, ShowsIconAndCountForUnreadMailOnly) {
     sampler.unreadMail = 0;
     const PagePixels without = draw();
@@ -173,6 +203,59 @@ TEST_F(MainPageLook, ShowsTheEmptyBatteryForNineUpdatesAndHidesItForNine) {
             setOrdinaryFigures(sampler);
         }
     }
+}
+
+/// The resources that were asked for, in order.
+std::vector<std::uintptr_t> loadedResources;
+decltype(Gdiplus::DllExports::GdipCreateBitmapFromResource)* createFromResource = nullptr;
+decltype(FindResourceW)* findResource = nullptr;
+
+Gdiplus::GpStatus WINGDIPAPI noteBitmap(HINSTANCE module, GDIPCONST WCHAR* id, Gdiplus::GpBitmap** bitmap) {
+    loadedResources.push_back(reinterpret_cast<std::uintptr_t>(id));
+    return createFromResource(module, id, bitmap);
+}
+
+HRSRC WINAPI noteResource(HMODULE module, LPCWSTR id, LPCWSTR type) {
+    loadedResources.push_back(reinterpret_cast<std::uintptr_t>(id));
+    return findResource(module, id, type);
+}
+
+TEST_F(MainPageLook, LoadsItsImagesInOrderAndOnce) {
+    loadedResources.clear();
+    const ImportOverride bitmaps("gdiplus.dll", "GdipCreateBitmapFromResource", noteBitmap);
+    createFromResource = bitmaps.original<decltype(noteBitmap)>();
+    const ImportOverride pngs("kernel32.dll", "FindResourceW", noteResource);
+    findResource = pngs.original<decltype(noteResource)>();
+    Panelix::Canvas fresh;
+    page->Init(&fresh);
+    page->Init(&fresh);
+    EXPECT_THAT(loadedResources,
+                testing::ElementsAre(108, 104, 105, 107, 106, 130, 136, 131, 137, 133, 135, 134, 132));
+    page->Init(app.canvas());
+}
+
+TEST_F(MainPageLook, GivesBackEverythingThatADrawingTakes) {
+    sampler.unreadMail = 3;
+    sampler.gamepadBattery = 5;
+    const GdiplusLedger ledger;
+    for (const LcdButtons& buttons :
+         {LcdButtons{}, down({LcdButton::Right}), down({LcdButton::Ok}), down({LcdButton::Ok})}) {
+        sampler.dataReady = true;
+        draw(buttons);
+    }
+    EXPECT_GT(ledger.taken().size(), 5U);
+    EXPECT_EQ(ledger.outstanding(), GdiplusLedger::Numbers{});
+}
+
+TEST_F(MainPageLook, GoesWithItsBitmapAndItsGraphics) {
+    const GdiplusLedger ledger;
+    {
+        MainPage other(&app, &sampler, nullptr);
+        other.Init(app.canvas());
+        other.Draw(app.canvas(), {});
+        EXPECT_EQ(ledger.outstanding(), (GdiplusLedger::Numbers{{"graphics", 1}, {"image", 1}}));
+    }
+    EXPECT_EQ(ledger.outstanding(), GdiplusLedger::Numbers{});
 }
 
 TEST_F(MainPageLook, IsTheSameAfterASecondInitialisation) {

@@ -5,6 +5,7 @@
 #include "pages/options_page.h"
 #include "tests/pages/failing_allocations.h"
 #include "tests/pages/main_page_fixture.h"
+#include "tests/support/gdiplus_ledger.h"
 
 namespace {
 
@@ -13,6 +14,7 @@ namespace {
 template <typename Draw>
 std::size_t failEachAllocation(const Draw& draw) {
     for (std::size_t failing = 0;; ++failing) {
+        const GdiplusLedger ledger;
         const std::ptrdiff_t before = liveAllocations();
         bool thrown = false;
         bool failed = false;
@@ -27,6 +29,7 @@ std::size_t failEachAllocation(const Draw& draw) {
         }
         EXPECT_EQ(thrown, failed) << "allocation " << failing;
         EXPECT_EQ(liveAllocations(), before) << "allocation " << failing;
+        EXPECT_EQ(ledger.outstanding(), GdiplusLedger::Numbers{}) << "allocation " << failing;
         if (!failed) {
             return failing;
         }

@@ -15,6 +15,7 @@
 #include "framework/drawing/sys_exception.h"
 #include "tests/framework/core/lcd_fixture.h"
 #include "tests/framework/core/probe_app.h"
+#include "tests/support/gdiplus_ledger.h"
 
 namespace {
 
@@ -327,6 +328,17 @@ TEST_F(AppWithKeyboard, DeletesThePagesInListOrderAndThenEndsTheLcd) {
     EXPECT_THAT(log, ElementsAre("main.destroyed", "other.destroyed"));
     EXPECT_THAT(shutdowns, ElementsAre(0U, 0U));
     EXPECT_EQ(keyboard.callCount(LcdCall::Shutdown), 1U);
+}
+
+TEST_F(AppWithKeyboard, NothingOfPagesAndCanvasIsLeftWhenGdiplusEnds) {
+    app.reset();
+    const GdiplusLedger ledger;
+    app.emplace(1);
+    app->SetMainPage(std::make_unique<ProbePage>("main", &*app, &log));
+    EXPECT_EQ(ledger.outstanding(), (GdiplusLedger::Numbers{{"graphics", 2}, {"image", 2}}));
+    app.reset();
+    EXPECT_EQ(ledger.outstandingAtTheEnd(), GdiplusLedger::Numbers{});
+    EXPECT_EQ(ledger.outstanding(), GdiplusLedger::Numbers{});
 }
 
 TEST_F(AppWithKeyboard, WhatAPageThrowsLeavesTheLoop) {

@@ -9,6 +9,7 @@
 
 #include "tests/framework/drawing/blend_definition.h"
 #include "tests/framework/drawing/drawing_fixture.h"
+#include "tests/support/gdiplus_ledger.h"
 
 using Panelix::blendImages;
 using Panelix::BlendMode;
@@ -120,4 +121,15 @@ TEST_F(Blend, ABitmapBlendedWithItselfIsLeftAlone) {
     blendImages(destination_.bitmap, destination_.bitmap, BlendMode::Multiply);
     EXPECT_NE(destination_.bitmap.GetLastStatus(), Gdiplus::Ok);
     EXPECT_TRUE(samePicture(destination_.picture(), before));
+}
+
+TEST_F(Blend, UnlocksWhatItHasLocked) {
+    Gdiplus::Bitmap small(10, 10, PixelFormat32bppPARGB);
+    const GdiplusLedger ledger;
+    blendImages(destination_.bitmap, source_.bitmap, BlendMode::Multiply);
+    EXPECT_EQ(ledger.taken(), (GdiplusLedger::Numbers{{"locked bits", 2}}));
+    EXPECT_EQ(ledger.outstanding(), GdiplusLedger::Numbers{});
+    blendImages(destination_.bitmap, small, BlendMode::Multiply);
+    blendImages(small, source_.bitmap, BlendMode::Multiply);
+    EXPECT_EQ(ledger.outstanding(), GdiplusLedger::Numbers{});
 }

@@ -5,6 +5,7 @@
 #include "framework/drawing/sys_exception.h"
 #include "tests/framework/drawing/drawing_fixture.h"
 #include "tests/framework/drawing/test_resources.h"
+#include "tests/support/gdiplus_ledger.h"
 #include "tests/support/image_compare.h"
 #include "tests/support/message_box_watcher.h"
 
@@ -147,4 +148,19 @@ TEST(CanvasStatus, CanvasAloneStartsAndEndsGdiplus) {
         EXPECT_NE(canvas.getImage(TEST_BITMAP_GLYPH, 0), nullptr);
         EXPECT_NE(canvas.toLcdFrame(), nullptr);
     }
+}
+
+TEST(CanvasStatus, NothingOfTheCanvasIsLeftWhenGdiplusEnds) {
+    const Panelix::ComApartment com;
+    const GdiplusLedger ledger;
+    {
+        Canvas canvas;
+        canvas.getImage(TEST_PNG_TWELVE_PIXELS, 1);
+        canvas.getImage(TEST_BITMAP_GLYPH, 0);
+        EXPECT_THROW(canvas.getImage(TEST_BITMAP_MISSING, 0), SysException);
+        EXPECT_EQ(ledger.outstanding(),
+                  (GdiplusLedger::Numbers{{"graphics", 1}, {"heap block", 2}, {"image", 3}}));
+    }
+    EXPECT_EQ(ledger.outstandingAtTheEnd(), GdiplusLedger::Numbers{});
+    EXPECT_EQ(ledger.outstanding(), GdiplusLedger::Numbers{});
 }

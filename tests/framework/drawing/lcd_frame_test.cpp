@@ -5,9 +5,13 @@
 #include <array>
 #include <cstddef>
 #include <cstdint>
+#include <string>
 
 #include "framework/drawing/canvas.h"
+#include "framework/drawing/sys_exception.h"
 #include "tests/framework/drawing/drawing_fixture.h"
+#include "tests/support/gdiplus_ledger.h"
+#include "tests/support/import_override.h"
 
 using Panelix::Canvas;
 using Panelix::kLcdFrameBytes;
@@ -17,6 +21,23 @@ using Panelix::LcdFrame;
 using Panelix::TransitionKind;
 
 namespace {
+
+using Lines = int(HDC, HBITMAP, UINT, UINT, LPVOID, LPBITMAPINFO, UINT);
+Lines* getLines = nullptr;
+/// Number of the call of GetDIBits, counted from 1, that goes wrong, and what it returns then.
+int wrongCall = 0;
+int wrongResult = 0;
+int callCount = 0;
+
+int WINAPI getLinesOrFail(
+    HDC context, HBITMAP bitmap, UINT start, UINT count, LPVOID bits, LPBITMAPINFO info, UINT usage) {
+    return ++callCount == wrongCall ? wrongResult
+                                    : getLines(context, bitmap, start, count, bits, info, usage);
+}
+
+Gdiplus::GpStatus WINGDIPAPI refuseBitmap(Gdiplus::GpBitmap*, HBITMAP*, Gdiplus::ARGB) {
+    return Gdiplus::OutOfMemory;
+}
 
 class LcdFrameConversion : public DrawingTest {
 protected:
@@ -29,6 +50,17 @@ protected:
         EXPECT_EQ(frame[offset], blue) << offset;
         EXPECT_EQ(frame[offset + 1], green) << offset;
         EXPECT_EQ(frame[offset + 2], red) << offset;
+    }
+
+    /// The message of the error that a conversion ends with.
+    std::wstring error() {
+        try {
+            canvas_.toLcdFrame();
+        } catch (const Panelix::SysException& exception) {
+            EXPECT_EQ(exception.title, L"Drawing Error");
+            return exception.message;
+        }
+        return L"none";
     }
 
     Canvas canvas_;
@@ -89,4 +121,51 @@ TEST_F(LcdFrameConversion, AFreshCanvasHasAFrame) {
     ASSERT_NE(frame, nullptr);
     expectPixel(frame, 0, 0, 0, 0);
     expectPixel(frame, kLcdFrameBytes - 4, 0, 0, 0);
+}
+
+TEST_F(LcdFrameConversion, GivesBackTheBitmapAndTheScreensContext) {
+    const GdiplusLedger ledger;
+    canvas_.toLcdFrame();
+    EXPECT_EQ(ledger.taken(), (GdiplusLedger::Numbers{{"GDI bitmap", 1}, {"device context", 1}}));
+    EXPECT_EQ(ledger.outstanding(), GdiplusLedger::Numbers{});
+}
+
+TEST_F(LcdFrameConversion, FailsWithoutAGdiBitmap) {
+    const GdiplusLedger ledger;
+    {
+        const ImportOverride refused("gdiplus.dll", "GdipCreateHBITMAPFromBitmap", refuseBitmap);
+        EXPECT_EQ(error(),
+                  L"Failed to retrieve background bitmap: " + Canvas::statusText(Gdiplus::OutOfMemory));
+    }
+    EXPECT_EQ(ledger.outstanding(), GdiplusLedger::Numbers{});
+    EXPECT_EQ(error(), L"none") << "the next one works again";
+}
+
+TEST_F(LcdFrameConversion, FailsWhenTheBitmapsSizeOrItsRowsCannotBeRead) {
+    struct Case {
+        int call;
+        int result;
+        std::wstring message;
+    };
+    const std::wstring unread =
+        L"Failed to retrieve background bitmap: " + Canvas::statusText(Gdiplus::Win32Error);
+    const std::array<Case, 4> cases{{
+        {1, 0, L"Bitmap incorrect size"},
+        {2, 0, unread},
+        {2, kLcdHeight - 1, unread},
+        {2, ERROR_INVALID_PARAMETER, unread},
+    }};
+    const GdiplusLedger ledger;
+    const ImportOverride lines("gdi32.dll", "GetDIBits", getLinesOrFail);
+    getLines = lines.original<Lines>();
+    for (const Case& failing : cases) {
+        callCount = 0;
+        wrongCall = failing.call;
+        wrongResult = failing.result;
+        EXPECT_EQ(error(), failing.message) << failing.call;
+        EXPECT_EQ(ledger.outstanding(), GdiplusLedger::Numbers{}) << failing.call;
+        wrongCall = 0;
+        EXPECT_EQ(error(), L"none") << "the next one works again";
+        EXPECT_NO_THROW(canvas_.checkStatus(L"and no status is left"));
+    }
 }

@@ -13,6 +13,8 @@
 
 #include "tests/framework/drawing/drawing_fixture.h"
 #include "tests/framework/drawing/test_resources.h"
+#include "tests/support/gdiplus_ledger.h"
+#include "tests/support/import_override.h"
 
 using Panelix::decodePngResource;
 using Panelix::Image;
@@ -20,6 +22,12 @@ using Panelix::Image;
 namespace {
 
 class PngResource : public DrawingTest {};
+
+/// References that others hold on an object of which the caller gives up its own.
+ULONG referencesAfter(Microsoft::WRL::ComPtr<IUnknown>& kept) {
+    IUnknown* const object = kept.Detach();
+    return object != nullptr ? object->Release() : 0;
+}
 
 #pragma GCC diagnostic push
 // COM interfaces have no virtual destructor; nobody deletes through one.
@@ -67,7 +75,133 @@ private:
     DWORD registration_ = 0;
 };
 
+/// A picture whose size can be read, but not its pixels.
+class UnreadablePicture final : public IWICBitmapSource {
+public:
+    HRESULT STDMETHODCALLTYPE QueryInterface(REFIID, void** object) noexcept override {
+        *object = nullptr;
+        return E_NOINTERFACE;
+    }
+    // The test owns the object.
+    ULONG STDMETHODCALLTYPE AddRef() noexcept override { return ++references; }
+    ULONG STDMETHODCALLTYPE Release() noexcept override { return --references; }
+    HRESULT STDMETHODCALLTYPE GetSize(UINT* width, UINT* height) noexcept override {
+        *width = 4;
+        *height = 3;
+        return sizeResult;
+    }
+    HRESULT STDMETHODCALLTYPE GetPixelFormat(WICPixelFormatGUID*) noexcept override { return E_NOTIMPL; }
+    HRESULT STDMETHODCALLTYPE GetResolution(double*, double*) noexcept override { return E_NOTIMPL; }
+    HRESULT STDMETHODCALLTYPE CopyPalette(IWICPalette*) noexcept override { return E_NOTIMPL; }
+    HRESULT STDMETHODCALLTYPE CopyPixels(const WICRect*, UINT, UINT, BYTE*) noexcept override {
+        return E_FAIL;
+    }
+
+    HRESULT sizeResult = S_OK;
+    ULONG references = 0;
+};
+
 #pragma GCC diagnostic pop
+
+/// What the calls of a decoding were given and gave, each with a reference of the test's own, and which of
+/// them fail.
+struct Decoding {
+    Microsoft::WRL::ComPtr<IUnknown> stream;
+    Microsoft::WRL::ComPtr<IUnknown> decoder;
+    Microsoft::WRL::ComPtr<IUnknown> frame;
+    Microsoft::WRL::ComPtr<IUnknown> converted;
+    BOOL streamFreesItsBlock = FALSE;
+    int blocksTaken = 0;
+    int blocksFreed = 0;
+    bool failStream = false;
+    bool failConversion = false;
+    /// Takes the converted picture's place.
+    UnreadablePicture* unreadable = nullptr;
+};
+
+Decoding* decoding = nullptr;
+
+decltype(CreateStreamOnHGlobal)* createStream = nullptr;
+decltype(CoCreateInstance)* createInstance = nullptr;
+decltype(WICConvertBitmapSource)* convert = nullptr;
+decltype(GlobalAlloc)* allocateBlock = nullptr;
+decltype(GlobalFree)* freeBlock = nullptr;
+
+HGLOBAL WINAPI countAlloc(UINT flags, SIZE_T bytes) {
+    ++decoding->blocksTaken;
+    return allocateBlock(flags, bytes);
+}
+
+HGLOBAL WINAPI countFree(HGLOBAL block) {
+    ++decoding->blocksFreed;
+    return freeBlock(block);
+}
+
+HRESULT WINAPI noteStream(HGLOBAL block, BOOL frees, LPSTREAM* stream) {
+    if (decoding->failStream) {
+        return E_OUTOFMEMORY;
+    }
+    decoding->streamFreesItsBlock = frees;
+    const HRESULT result = createStream(block, frees, stream);
+    decoding->stream = *stream;
+    return result;
+}
+
+HRESULT WINAPI noteInstance(REFCLSID id, LPUNKNOWN outer, DWORD context, REFIID iid, LPVOID* object) {
+    const HRESULT result = createInstance(id, outer, context, iid, object);
+    if (SUCCEEDED(result)) {
+        decoding->decoder = static_cast<IUnknown*>(*object);
+    }
+    return result;
+}
+
+HRESULT WINAPI noteConversion(REFWICPixelFormatGUID format, IWICBitmapSource* source, IWICBitmapSource** to) {
+    decoding->frame = source;
+    if (decoding->failConversion) {
+        *to = nullptr;
+        return E_OUTOFMEMORY;
+    }
+    if (decoding->unreadable != nullptr) {
+        decoding->unreadable->AddRef();
+        *to = decoding->unreadable;
+        return S_OK;
+    }
+    const HRESULT result = convert(format, source, to);
+    decoding->converted = *to;
+    return result;
+}
+
+/// Decodes the picture of twelve pixels under observation.
+class PngDecoding : public DrawingTest {
+protected:
+    PngDecoding() {
+        decoding = &seen;
+        createStream = stream_.original<decltype(CreateStreamOnHGlobal)>();
+        createInstance = instance_.original<decltype(CoCreateInstance)>();
+        convert = conversion_.original<decltype(WICConvertBitmapSource)>();
+        allocateBlock = alloc_.original<decltype(GlobalAlloc)>();
+        freeBlock = free_.original<decltype(GlobalFree)>();
+    }
+
+    Image decode() { return decodePngResource(TEST_PNG_TWELVE_PIXELS); }
+
+    /// Whoever made an object that another one refers to must have let it go by now.
+    void expectAllReleased() {
+        EXPECT_EQ(referencesAfter(seen.converted), 0U) << "the converted picture";
+        EXPECT_EQ(referencesAfter(seen.frame), 0U) << "the frame";
+        EXPECT_EQ(referencesAfter(seen.decoder), 0U) << "the decoder";
+        EXPECT_EQ(referencesAfter(seen.stream), 0U) << "the stream";
+    }
+
+    Decoding seen;
+
+private:
+    ImportOverride stream_{"ole32.dll", "CreateStreamOnHGlobal", noteStream};
+    ImportOverride instance_{"ole32.dll", "CoCreateInstance", noteInstance};
+    ImportOverride conversion_{"windowscodecs.dll", "WICConvertBitmapSource", noteConversion};
+    ImportOverride alloc_{"kernel32.dll", "GlobalAlloc", countAlloc};
+    ImportOverride free_{"kernel32.dll", "GlobalFree", countFree};
+};
 
 }  // namespace
 
@@ -151,29 +285,10 @@ TEST_F(PngResource, SeveralFramesAreRefused) {
     EXPECT_EQ(decoder.requests, 1);
 }
 
-TEST_F(PngResource, AnimatedPngIsRefusedWhenTheDecoderReportsItsFrames) {
-    Microsoft::WRL::ComPtr<IStream> stream;
-    const HRSRC found = FindResourceW(nullptr, MAKEINTRESOURCEW(TEST_PNG_ANIMATED), L"PNG");
-    ASSERT_NE(found, nullptr);
-    Microsoft::WRL::ComPtr<IWICBitmapDecoder> decoder;
-    ASSERT_EQ(CoCreateInstance(CLSID_WICPngDecoder2, nullptr, CLSCTX_INPROC_SERVER, IID_PPV_ARGS(&decoder)),
-              S_OK);
-    ASSERT_EQ(CreateStreamOnHGlobal(nullptr, TRUE, &stream), S_OK);
-    ASSERT_EQ(
-        stream->Write(LockResource(LoadResource(nullptr, found)), SizeofResource(nullptr, found), nullptr),
-        S_OK);
-    ASSERT_EQ(decoder->Initialize(stream.Get(), WICDecodeMetadataCacheOnLoad), S_OK);
-    UINT frames = 0;
-    ASSERT_EQ(decoder->GetFrameCount(&frames), S_OK);
-
+TEST_F(PngResource, AnAnimationIsItsFirstPictureBecauseTheDecoderReportsOneFrame) {
     const Image image = decodePngResource(TEST_PNG_ANIMATED);
-    if (frames == 1) {
-        // This system's decoder takes an animation for its first picture.
-        ASSERT_NE(image.bitmap, nullptr);
-        EXPECT_EQ(readPicture(*image.bitmap), plainPicture(2, 2, 0xFFFF0000));
-    } else {
-        EXPECT_EQ(image.bitmap, nullptr);
-    }
+    ASSERT_NE(image.bitmap, nullptr);
+    EXPECT_EQ(readPicture(*image.bitmap), plainPicture(2, 2, 0xFFFF0000));
 }
 
 TEST_F(PngResource, WithoutADecoderThereIsNoImage) {
@@ -191,5 +306,49 @@ TEST_F(PngResource, ManyDecodesKeepWorking) {
     for (int round = 0; round < 2'000; ++round) {
         ASSERT_NE(decodePngResource(TEST_PNG_TWELVE_PIXELS).bitmap, nullptr) << round;
         ASSERT_EQ(decodePngResource(TEST_PNG_TRUNCATED).bitmap, nullptr) << round;
+    }
+}
+
+TEST_F(PngDecoding, ReleasesEveryObjectAndLeavesItsMemoryToTheStream) {
+    const GdiplusLedger ledger;
+    {
+        const Image image = decode();
+        ASSERT_NE(image.bitmap, nullptr);
+        ASSERT_NE(seen.converted, nullptr);
+        expectAllReleased();
+        EXPECT_EQ(ledger.outstanding(), (GdiplusLedger::Numbers{{"heap block", 1}, {"image", 1}}));
+    }
+    EXPECT_NE(seen.streamFreesItsBlock, FALSE);
+    EXPECT_EQ(seen.blocksTaken, 1);
+    EXPECT_EQ(seen.blocksFreed, 0) << "by the stream, and by nobody else";
+    EXPECT_EQ(ledger.outstanding(), GdiplusLedger::Numbers{});
+}
+
+TEST_F(PngDecoding, FreesItsMemoryItselfWithoutAStream) {
+    seen.failStream = true;
+    EXPECT_EQ(decode().bitmap, nullptr);
+    EXPECT_EQ(seen.blocksTaken, 1);
+    EXPECT_EQ(seen.blocksFreed, 1);
+}
+
+TEST_F(PngDecoding, WithoutAConversionThereIsNoImageAndNothingIsKept) {
+    seen.failConversion = true;
+    EXPECT_EQ(decode().bitmap, nullptr);
+    ASSERT_NE(seen.frame, nullptr);
+    expectAllReleased();
+}
+
+TEST_F(PngDecoding, APictureThatCannotBeReadIsNoImageAndNothingIsKept) {
+    for (const HRESULT sizeResult : {S_OK, E_FAIL}) {
+        UnreadablePicture picture;
+        picture.sizeResult = sizeResult;
+        seen.unreadable = &picture;
+        const GdiplusLedger ledger;
+        const Image image = decode();
+        EXPECT_EQ(image.bitmap, nullptr);
+        EXPECT_EQ(image.pixels, nullptr);
+        EXPECT_EQ(picture.references, 0U);
+        expectAllReleased();
+        EXPECT_EQ(ledger.taken(), GdiplusLedger::Numbers{});
     }
 }

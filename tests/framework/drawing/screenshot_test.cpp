@@ -15,6 +15,8 @@
 #include "framework/drawing/canvas.h"
 #include "framework/drawing/screenshot_name.h"
 #include "tests/framework/drawing/drawing_fixture.h"
+#include "tests/support/gdiplus_ledger.h"
+#include "tests/support/import_override.h"
 #include "tests/support/message_box_watcher.h"
 #include "tests/support/registry_override.h"
 #include "tests/support/temporary_folder.h"
@@ -30,6 +32,24 @@ namespace {
 
 constexpr CLSID kUntouched{1, 2, 3, {4, 5, 6, 7, 8, 9, 10, 11}};
 constexpr CLSID kBmpEncoder{0x557CF400, 0x1A04, 0x11D3, {0x9A, 0x73, 0x00, 0x00, 0xF8, 0x1E, 0xF3, 0x2E}};
+
+Gdiplus::GpStatus WINGDIPAPI refuseEncoders(UINT, UINT, Gdiplus::ImageCodecInfo*) {
+    return Gdiplus::OutOfMemory;
+}
+
+CLSID savedWith{};
+Gdiplus::EncoderParameters savedParameters{};
+ULONG savedCompression = 0;
+
+Gdiplus::GpStatus WINGDIPAPI noteSave(Gdiplus::GpImage*,
+                                      const WCHAR*,
+                                      const CLSID* encoder,
+                                      const Gdiplus::EncoderParameters* parameters) {
+    savedWith = *encoder;
+    savedParameters = *parameters;
+    savedCompression = *static_cast<const ULONG*>(parameters->Parameter[0].Value);
+    return Gdiplus::Ok;
+}
 
 /// The user's Documents folder is a folder of the test's own.
 class Screenshot : public DrawingTest {
@@ -213,4 +233,38 @@ TEST_F(Screenshot, UnknownMimeTypeLeavesTheClassUntouched) {
         EXPECT_EQ(findEncoderClsid(type, &clsid), -1);
         EXPECT_TRUE(IsEqualGUID(clsid, kUntouched));
     }
+}
+
+TEST_F(Screenshot, EncodersThatCannotBeListedLeaveTheClassUntouched) {
+    const ImportOverride refused("gdiplus.dll", "GdipGetImageEncoders", refuseEncoders);
+    CLSID clsid = kUntouched;
+    EXPECT_EQ(findEncoderClsid(L"image/bmp", &clsid), -1);
+    EXPECT_TRUE(IsEqualGUID(clsid, kUntouched));
+}
+
+TEST_F(Screenshot, WithoutAnEncoderTheSaveIsTriedAndItsFailureReported) {
+    const ImportOverride refused("gdiplus.dll", "GdipGetImageEncoders", refuseEncoders);
+    canvas_.saveScreenshot();
+    const std::vector<SeenMessageBox> boxes = watcher_.boxes();
+    ASSERT_EQ(boxes.size(), 1U);
+    EXPECT_EQ(boxes[0].caption, L"Error saving screenshot!");
+    EXPECT_NE(boxes[0].text, Canvas::statusText(Gdiplus::Ok));
+}
+
+TEST_F(Screenshot, AsksTheBmpEncoderForRunLengths) {
+    const ImportOverride save("gdiplus.dll", "GdipSaveImageToFile", noteSave);
+    canvas_.saveScreenshot();
+    EXPECT_TRUE(IsEqualGUID(savedWith, kBmpEncoder));
+    EXPECT_EQ(savedParameters.Count, 1U);
+    EXPECT_TRUE(IsEqualGUID(savedParameters.Parameter[0].Guid, Gdiplus::EncoderCompression));
+    EXPECT_EQ(savedParameters.Parameter[0].NumberOfValues, 1U);
+    EXPECT_EQ(savedParameters.Parameter[0].Type, 4U);
+    EXPECT_EQ(savedCompression, 5U);
+}
+
+TEST_F(Screenshot, TakesNothingThatItWouldHaveToGiveBack) {
+    const GdiplusLedger ledger;
+    canvas_.saveScreenshot();
+    EXPECT_EQ(folder_.files().size(), 1U);
+    EXPECT_EQ(ledger.outstanding(), GdiplusLedger::Numbers{});
 }
