@@ -3,7 +3,7 @@
 #include <cstddef>
 #include <cstdint>
 
-/// What blending means, written out in double precision: the yardstick of the tests and of the benchmark.
+/// What blending means, written out in double precision: the yardstick of the tests.
 /// `mode` as in Panelix::BlendMode; any value may be given.
 void blendByDefinition(std::uint32_t* destination,
                        const std::uint32_t* source,

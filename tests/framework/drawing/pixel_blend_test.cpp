@@ -6,14 +6,12 @@
 #include <array>
 #include <functional>
 #include <random>
-#include <string>
 #include <vector>
 
 #include "tests/framework/drawing/blend_definition.h"
 
 using Panelix::BlendMode;
 using Panelix::blendPixels;
-using Panelix::VectorUnit;
 
 namespace {
 
@@ -51,36 +49,19 @@ std::vector<std::uint32_t> defined(Pixels pixels, std::uint32_t mode) {
     return pixels.destination;
 }
 
-std::vector<std::uint32_t> blended(Pixels pixels, BlendMode mode, VectorUnit unit) {
-    blendPixels(pixels.destination.data(), pixels.source.data(), pixels.source.size(), mode, unit);
+std::vector<std::uint32_t> blended(Pixels pixels, BlendMode mode) {
+    blendPixels(pixels.destination.data(), pixels.source.data(), pixels.source.size(), mode);
     return pixels.destination;
 }
 
-/// Runs every test with one of the vector units of this machine.
-class PixelBlend : public testing::TestWithParam<VectorUnit> {};
-
-std::vector<VectorUnit> units() {
-    std::vector<VectorUnit> present{VectorUnit::Sse2};
-    if (Panelix::bestVectorUnit() == VectorUnit::Avx2) {
-        present.push_back(VectorUnit::Avx2);
-    }
-    return present;
-}
-
-std::string unitName(const testing::TestParamInfo<VectorUnit>& unit) {
-    return unit.param == VectorUnit::Avx2 ? "WithAvx2" : "WithSse2";
-}
-
-INSTANTIATE_TEST_SUITE_P(Machine, PixelBlend, testing::ValuesIn(units()), unitName);
-
 }  // namespace
 
-TEST_P(PixelBlend, AllPairsOfValuesAreBitForBitTheDefinition) {
+TEST(PixelBlend, AllPairsOfValuesAreBitForBitTheDefinition) {
     const Pixels pixels = allPairs();
     ASSERT_EQ(pixels.source.size(), 65'536U);
     for (const BlendMode mode : kModes) {
         const std::vector<std::uint32_t> expected = defined(pixels, static_cast<std::uint32_t>(mode));
-        const std::vector<std::uint32_t> actual = blended(pixels, mode, GetParam());
+        const std::vector<std::uint32_t> actual = blended(pixels, mode);
         const auto [wrong, right] = std::mismatch(actual.begin(), actual.end(), expected.begin());
         if (wrong != actual.end()) {
             const auto index = static_cast<std::size_t>(wrong - actual.begin());
@@ -91,7 +72,7 @@ TEST_P(PixelBlend, AllPairsOfValuesAreBitForBitTheDefinition) {
     }
 }
 
-TEST_P(PixelBlend, DoublesThatFallShortOfAWholeNumberAreKept) {
+TEST(PixelBlend, DoublesThatFallShortOfAWholeNumberAreKept) {
     struct Case {
         BlendMode mode;
         std::uint32_t destination;
@@ -108,13 +89,13 @@ TEST_P(PixelBlend, DoublesThatFallShortOfAWholeNumberAreKept) {
     for (const Case& expected : cases) {
         std::vector<std::uint32_t> destination(33, expected.destination);
         const std::vector<std::uint32_t> source(33, expected.source);
-        blendPixels(destination.data(), source.data(), destination.size(), expected.mode, GetParam());
+        blendPixels(destination.data(), source.data(), destination.size(), expected.mode);
         EXPECT_EQ(destination, std::vector<std::uint32_t>(33, 0xFF000000 | expected.result))
             << expected.destination << " and " << expected.source;
     }
 }
 
-TEST_P(PixelBlend, AnyCountAndAddressBlendsExactlyThosePixels) {
+TEST(PixelBlend, AnyCountAndAddressBlendsExactlyThosePixels) {
     constexpr std::size_t kGuard = 3;
     constexpr std::uint32_t kUntouched = 0x12345678;
     for (const BlendMode mode : kModes) {
@@ -122,7 +103,7 @@ TEST_P(PixelBlend, AnyCountAndAddressBlendsExactlyThosePixels) {
             const Pixels pixels = randomPixels(count);
             std::vector<std::uint32_t> destination(count + 2 * kGuard, kUntouched);
             std::copy(pixels.destination.begin(), pixels.destination.end(), destination.begin() + kGuard);
-            blendPixels(destination.data() + kGuard, pixels.source.data(), count, mode, GetParam());
+            blendPixels(destination.data() + kGuard, pixels.source.data(), count, mode);
 
             std::vector<std::uint32_t> expected(count + 2 * kGuard, kUntouched);
             const std::vector<std::uint32_t> results = defined(pixels, static_cast<std::uint32_t>(mode));
@@ -132,29 +113,29 @@ TEST_P(PixelBlend, AnyCountAndAddressBlendsExactlyThosePixels) {
     }
 }
 
-TEST_P(PixelBlend, PixelsInAnyOrderAreTheDefinition) {
+TEST(PixelBlend, PixelsInAnyOrderAreTheDefinition) {
     const Pixels pixels = randomPixels(100'000);
     for (const BlendMode mode : kModes) {
-        EXPECT_TRUE(blended(pixels, mode, GetParam()) == defined(pixels, static_cast<std::uint32_t>(mode)))
+        EXPECT_TRUE(blended(pixels, mode) == defined(pixels, static_cast<std::uint32_t>(mode)))
             << static_cast<std::uint32_t>(mode);
     }
 }
 
-TEST_P(PixelBlend, UnknownModesGiveOpaqueBlack) {
+TEST(PixelBlend, UnknownModesGiveOpaqueBlack) {
     for (const std::uint32_t mode : {3U, 7U, 0xFFFFFFFFU}) {
-        EXPECT_EQ(blended(randomPixels(100), static_cast<BlendMode>(mode), GetParam()),
+        EXPECT_EQ(blended(randomPixels(100), static_cast<BlendMode>(mode)),
                   std::vector<std::uint32_t>(100, 0xFF000000));
     }
 }
 
-TEST_P(PixelBlend, AlphaOfBothSidesIsIgnored) {
+TEST(PixelBlend, AlphaOfBothSidesIsIgnored) {
     for (const BlendMode mode : kModes) {
         std::uint32_t transparent = 0x00808080;
         std::uint32_t opaque = 0xFF808080;
         const std::uint32_t transparentSource = 0x00404040;
         const std::uint32_t opaqueSource = 0xFF404040;
-        blendPixels(&transparent, &transparentSource, 1, mode, GetParam());
-        blendPixels(&opaque, &opaqueSource, 1, mode, GetParam());
+        blendPixels(&transparent, &transparentSource, 1, mode);
+        blendPixels(&opaque, &opaqueSource, 1, mode);
         EXPECT_EQ(transparent, opaque);
         EXPECT_EQ(opaque >> 24, 0xFFU);
     }
