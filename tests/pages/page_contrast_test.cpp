@@ -4,6 +4,7 @@
 #include <functional>
 
 #include "pages/options_page.h"
+#include "tests/pages/contrast.h"
 #include "tests/pages/frame_dump.h"
 #include "tests/pages/main_page_fixture.h"
 #include "tests/pages/text_contrast.h"
@@ -176,6 +177,21 @@ TEST_F(MainPageContrast, OfTheIcons) {
     checkIcon("battery 2", 274, 42, 37);
     sampler.unreadMail = 3;
     checkIcon("mail", 235, 34, 22, 155);
+}
+
+TEST_F(MainPageContrast, OfTheVolumeBarsOnTheirTracks) {
+    sampler.speakerLeftVolume = 50;
+    sampler.speakerRightVolume = 50;
+    for (const Panelix::LcdButtons& buttons :
+         {Panelix::LcdButtons{}, down({LcdButton::Right}), down({LcdButton::Right})}) {
+        const PagePixels shown = draw(buttons);
+        for (const int x : {280, 300}) {
+            // The quarter lines are no part of the track's ground.
+            const double contrast = contrastRatio(shown.at(x + 8, 20), shown.at(x + 8, 95));
+            std::printf("    %-38s %8.2f\n", "volume bar", contrast);
+            EXPECT_GE(contrast, kWantedForIcons) << x;
+        }
+    }
 }
 
 class ListContrast : public WithKeyboard {
