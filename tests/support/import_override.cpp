@@ -7,20 +7,35 @@
 
 namespace {
 
-template <typename Type>
-Type* at(std::uintptr_t rva) {
-    return reinterpret_cast<Type*>(reinterpret_cast<std::uintptr_t>(GetModuleHandleW(nullptr)) + rva);
-}
+/// A program or library in memory.
+class Image {
+public:
+    explicit Image(HMODULE module) : base_(reinterpret_cast<std::uintptr_t>(module)) {}
 
-const IMAGE_IMPORT_DESCRIPTOR* firstImport() {
+    /// Null when the image does not import the function from that library.
+    void** slotOf(const std::string& module, const std::string& function) const;
+
+private:
+    template <typename Type>
+    Type* at(std::uintptr_t rva) const {
+        return reinterpret_cast<Type*>(base_ + rva);
+    }
+
+    const IMAGE_IMPORT_DESCRIPTOR* firstImport() const;
+    void** slotIn(const IMAGE_IMPORT_DESCRIPTOR& library, const std::string& function) const;
+
+    std::uintptr_t base_;
+};
+
+const IMAGE_IMPORT_DESCRIPTOR* Image::firstImport() const {
     const auto* const header =
         at<const IMAGE_NT_HEADERS>(static_cast<std::uintptr_t>(at<const IMAGE_DOS_HEADER>(0)->e_lfanew));
     return at<const IMAGE_IMPORT_DESCRIPTOR>(
         header->OptionalHeader.DataDirectory[IMAGE_DIRECTORY_ENTRY_IMPORT].VirtualAddress);
 }
 
-/// Null when the library's part of the import table has no such name.
-void** slotIn(const IMAGE_IMPORT_DESCRIPTOR& library, const std::string& function) {
+// Null when the library's part of the import table has no such name.
+void** Image::slotIn(const IMAGE_IMPORT_DESCRIPTOR& library, const std::string& function) const {
     const auto* name = at<const IMAGE_THUNK_DATA>(library.OriginalFirstThunk);
     auto* slot = at<void*>(library.FirstThunk);
     for (; name->u1.AddressOfData != 0; ++name, ++slot) {
@@ -33,7 +48,7 @@ void** slotIn(const IMAGE_IMPORT_DESCRIPTOR& library, const std::string& functio
 }
 
 // A library may stand in the table several times.
-void** slotOf(const std::string& module, const std::string& function) {
+void** Image::slotOf(const std::string& module, const std::string& function) const {
     for (const auto* library = firstImport(); library->Name != 0; ++library) {
         if (lstrcmpiA(at<const char>(library->Name), module.c_str()) != 0) {
             continue;
@@ -42,7 +57,16 @@ void** slotOf(const std::string& module, const std::string& function) {
             return slot;
         }
     }
-    throw std::invalid_argument("this program does not import " + function + " of " + module);
+    return nullptr;
+}
+
+void** slotOf(const wchar_t* importer, const std::string& module, const std::string& function) {
+    const HMODULE image = GetModuleHandleW(importer);
+    void** const slot = image != nullptr ? Image(image).slotOf(module, function) : nullptr;
+    if (slot == nullptr) {
+        throw std::invalid_argument(function + " of " + module + " is not imported there");
+    }
+    return slot;
 }
 
 void write(void** slot, void* value) {
@@ -54,8 +78,9 @@ void write(void** slot, void* value) {
 
 }  // namespace
 
-ImportOverride::ImportOverride(const std::string& module, const std::string& function, void* replacement, int)
-    : slot_(slotOf(module, function)),
+ImportOverride::ImportOverride(
+    const std::string& module, const std::string& function, void* replacement, const wchar_t* importer, int)
+    : slot_(slotOf(importer, module, function)),
       original_(*slot_) {
     write(slot_, replacement);
 }

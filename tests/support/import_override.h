@@ -9,12 +9,15 @@
 /// first.
 class ImportOverride {
 public:
-    /// `module` is the library's file name, in any case, as the program's import table has it. Throws
-    /// std::invalid_argument when the program does not import the function by this name: the test could not
-    /// fail then.
+    /// `module` is the library's file name, in any case, as the program's import table has it. `importer` is
+    /// the file name of a loaded library whose imports are meant in place of the program's. Throws
+    /// std::invalid_argument when the function is not imported by this name: the test could not fail then.
     template <typename Function>
-    ImportOverride(const std::string& module, const std::string& function, Function* replacement)
-        : ImportOverride(module, function, reinterpret_cast<void*>(replacement), 0) {}
+    ImportOverride(const std::string& module,
+                   const std::string& function,
+                   Function* replacement,
+                   const wchar_t* importer = nullptr)
+        : ImportOverride(module, function, reinterpret_cast<void*>(replacement), importer, 0) {}
     ~ImportOverride();
     ImportOverride(const ImportOverride&) = delete;
     ImportOverride& operator=(const ImportOverride&) = delete;
@@ -26,7 +29,11 @@ public:
     }
 
 private:
-    ImportOverride(const std::string& module, const std::string& function, void* replacement, int);
+    ImportOverride(const std::string& module,
+                   const std::string& function,
+                   void* replacement,
+                   const wchar_t* importer,
+                   int);
 
     /// The import table's entry.
     void** slot_;
