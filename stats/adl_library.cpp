@@ -4,32 +4,28 @@
 
 #include <tuple>
 
-#include "stats/library_entries.h"
+#include "framework/core/exported_function.h"
+#include "framework/core/library_entries.h"
 
 namespace {
 
 template <typename Function>
-using Entry = LibraryEntry<const char*, AdlEntries, Function>;
-
-constexpr EntryNeed kRequired = EntryNeed::Required;
+using Entry = Panelix::LibraryEntry<const char*, AdlEntries, Function>;
 
 using Entries = AdlEntries;
 
 constexpr std::tuple kEntries = {
-    Entry<Adl::ADL2_Main_Control_Create>{
-        "ADL2_Main_Control_Create", &Entries::ADL2_Main_Control_Create, kRequired},
-    Entry<Adl::ADL2_Main_Control_Destroy>{
-        "ADL2_Main_Control_Destroy", &Entries::ADL2_Main_Control_Destroy, kRequired},
-    Entry<Adl::ADL2_Adapter_Active_Get>{
-        "ADL2_Adapter_Active_Get", &Entries::ADL2_Adapter_Active_Get, kRequired},
-    Entry<Adl::ADL2_Adapter_AdapterInfoX2_Get>{
-        "ADL2_Adapter_AdapterInfoX2_Get", &Entries::ADL2_Adapter_AdapterInfoX2_Get, kRequired},
-    Entry<Adl::ADL2_Overdrive6_Temperature_Get>{
-        "ADL2_Overdrive6_Temperature_Get", &Entries::ADL2_Overdrive6_Temperature_Get, kRequired},
-    Entry<Adl::ADL2_Overdrive6_CurrentStatus_Get>{
-        "ADL2_Overdrive6_CurrentStatus_Get", &Entries::ADL2_Overdrive6_CurrentStatus_Get, kRequired},
-    Entry<Adl::ADL2_Adapter_NumberOfAdapters_Get>{
-        "ADL2_Adapter_NumberOfAdapters_Get", &Entries::ADL2_Adapter_NumberOfAdapters_Get, kRequired},
+    Entry<Adl::ADL2_Main_Control_Create>{"ADL2_Main_Control_Create", &Entries::ADL2_Main_Control_Create},
+    Entry<Adl::ADL2_Main_Control_Destroy>{"ADL2_Main_Control_Destroy", &Entries::ADL2_Main_Control_Destroy},
+    Entry<Adl::ADL2_Adapter_Active_Get>{"ADL2_Adapter_Active_Get", &Entries::ADL2_Adapter_Active_Get},
+    Entry<Adl::ADL2_Adapter_AdapterInfoX2_Get>{"ADL2_Adapter_AdapterInfoX2_Get",
+                                               &Entries::ADL2_Adapter_AdapterInfoX2_Get},
+    Entry<Adl::ADL2_Overdrive6_Temperature_Get>{"ADL2_Overdrive6_Temperature_Get",
+                                                &Entries::ADL2_Overdrive6_Temperature_Get},
+    Entry<Adl::ADL2_Overdrive6_CurrentStatus_Get>{"ADL2_Overdrive6_CurrentStatus_Get",
+                                                  &Entries::ADL2_Overdrive6_CurrentStatus_Get},
+    Entry<Adl::ADL2_Adapter_NumberOfAdapters_Get>{"ADL2_Adapter_NumberOfAdapters_Get",
+                                                  &Entries::ADL2_Adapter_NumberOfAdapters_Get},
 };
 
 }  // namespace
@@ -42,8 +38,8 @@ std::unique_ptr<const AdlLibrary> AdlLibrary::load(bool& found) {
         return nullptr;
     }
     std::unique_ptr<AdlLibrary> library(new AdlLibrary);
-    const bool complete = fillEntries(library->entries_, kEntries, [module](const char* name) {
-        return reinterpret_cast<void*>(GetProcAddress(module, name));
+    const bool complete = Panelix::fillEntries(library->entries_, kEntries, [module](const char* name) {
+        return Panelix::exportedFunction(module, name);
     });
     return complete ? std::move(library) : nullptr;
 }

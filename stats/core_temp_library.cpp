@@ -3,32 +3,31 @@
 #include <string>
 #include <tuple>
 
+#include "framework/core/exported_function.h"
+#include "framework/core/library_entries.h"
 #include "stats/core_temp_names.h"
-#include "stats/library_entries.h"
 
 namespace {
 
 template <typename Function>
-using Entry = LibraryEntry<CoreTempMethod, CoreTempEntries, Function>;
-
-constexpr EntryNeed kRequired = EntryNeed::Required;
+using Entry = Panelix::LibraryEntry<CoreTempMethod, CoreTempEntries, Function>;
 
 using Signature = CoreTempSignature;
 using Entries = CoreTempEntries;
 
 constexpr std::tuple kEntries = {
-    Entry<CoreTemp::Construct>{{"", Signature::Constructor}, &Entries::construct, kRequired},
-    Entry<CoreTemp::Destruct>{{"", Signature::Destructor}, &Entries::destruct, kRequired},
-    Entry<CoreTemp::GetBool>{{"GetData", Signature::Bool}, &Entries::GetData, kRequired},
-    Entry<CoreTemp::GetBool>{{"IsFahrenheit", Signature::Bool}, &Entries::IsFahrenheit, kRequired},
-    Entry<CoreTemp::GetText>{{"GetCPUName", Signature::Text}, &Entries::GetCPUName, kRequired},
-    Entry<CoreTemp::GetFloat>{{"GetCPUSpeed", Signature::Float}, &Entries::GetCPUSpeed, kRequired},
-    Entry<CoreTemp::GetFloat>{{"GetFSBSpeed", Signature::Float}, &Entries::GetFSBSpeed, kRequired},
-    Entry<CoreTemp::GetFloat>{{"GetMultiplier", Signature::Float}, &Entries::GetMultiplier, kRequired},
-    Entry<CoreTemp::GetFloat>{{"GetVID", Signature::Float}, &Entries::GetVID, kRequired},
-    Entry<CoreTemp::GetCount>{{"GetCPUCount", Signature::Count}, &Entries::GetCPUCount, kRequired},
-    Entry<CoreTemp::GetCount>{{"GetCoreCount", Signature::Count}, &Entries::GetCoreCount, kRequired},
-    Entry<CoreTemp::GetFloatAt>{{"GetTemp", Signature::FloatAtIndex}, &Entries::GetTemp, kRequired},
+    Entry<CoreTemp::Construct>{{"", Signature::Constructor}, &Entries::construct},
+    Entry<CoreTemp::Destruct>{{"", Signature::Destructor}, &Entries::destruct},
+    Entry<CoreTemp::GetBool>{{"GetData", Signature::Bool}, &Entries::GetData},
+    Entry<CoreTemp::GetBool>{{"IsFahrenheit", Signature::Bool}, &Entries::IsFahrenheit},
+    Entry<CoreTemp::GetText>{{"GetCPUName", Signature::Text}, &Entries::GetCPUName},
+    Entry<CoreTemp::GetFloat>{{"GetCPUSpeed", Signature::Float}, &Entries::GetCPUSpeed},
+    Entry<CoreTemp::GetFloat>{{"GetFSBSpeed", Signature::Float}, &Entries::GetFSBSpeed},
+    Entry<CoreTemp::GetFloat>{{"GetMultiplier", Signature::Float}, &Entries::GetMultiplier},
+    Entry<CoreTemp::GetFloat>{{"GetVID", Signature::Float}, &Entries::GetVID},
+    Entry<CoreTemp::GetCount>{{"GetCPUCount", Signature::Count}, &Entries::GetCPUCount},
+    Entry<CoreTemp::GetCount>{{"GetCoreCount", Signature::Count}, &Entries::GetCoreCount},
+    Entry<CoreTemp::GetFloatAt>{{"GetTemp", Signature::FloatAtIndex}, &Entries::GetTemp},
 };
 
 }  // namespace
@@ -41,16 +40,17 @@ std::unique_ptr<const CoreTempLibrary> CoreTempLibrary::load() {
         return nullptr;
     }
     std::unique_ptr<CoreTempLibrary> library(new CoreTempLibrary);
-    const bool complete = fillEntries(library->entries_, kEntries, [&](const CoreTempMethod& method) {
-        void* address = nullptr;
-        for (const std::string& name : coreTempExportNames(method)) {
-            address = reinterpret_cast<void*>(GetProcAddress(module.get(), name.c_str()));
-            if (address != nullptr) {
-                break;
+    const bool complete =
+        Panelix::fillEntries(library->entries_, kEntries, [&](const CoreTempMethod& method) {
+            void* address = nullptr;
+            for (const std::string& name : coreTempExportNames(method)) {
+                address = Panelix::exportedFunction(module.get(), name.c_str());
+                if (address != nullptr) {
+                    break;
+                }
             }
-        }
-        return address;
-    });
+            return address;
+        });
     library->module_ = std::move(module);
     return complete ? std::move(library) : nullptr;
 }

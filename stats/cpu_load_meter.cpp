@@ -2,6 +2,8 @@
 
 #include <algorithm>
 
+#include "framework/core/exported_function.h"
+
 namespace {
 
 constexpr ULONG kProcessorPerformanceInformation = 8;
@@ -15,14 +17,6 @@ struct SamplingState {
 // One per process: a second meter goes on where the first one is.
 SamplingState samplingState;
 
-template <typename Function>
-Function* functionOf(HMODULE module, const char* name) {
-    if (module == nullptr) {
-        return nullptr;
-    }
-    return reinterpret_cast<Function*>(reinterpret_cast<void*>(GetProcAddress(module, name)));
-}
-
 std::int64_t ticksOf(const FILETIME& time) {
     return static_cast<std::int64_t>(static_cast<std::uint64_t>(time.dwHighDateTime) << 32 |
                                      time.dwLowDateTime);
@@ -34,10 +28,10 @@ CpuLoadMeter::CpuLoadMeter()
     : CpuLoadMeter(GetModuleHandleW(L"kernel32.dll"), GetModuleHandleW(L"ntdll.dll")) {}
 
 CpuLoadMeter::CpuLoadMeter(HMODULE kernel32, HMODULE ntdll)
-    : getSystemTimes_(functionOf<GetSystemTimesFunction>(kernel32, "GetSystemTimes")) {
+    : getSystemTimes_(Panelix::exportedFunction<GetSystemTimesFunction>(kernel32, "GetSystemTimes")) {
     if (getSystemTimes_ == nullptr) {
         querySystemInformation_ =
-            functionOf<QuerySystemInformationFunction>(ntdll, "NtQuerySystemInformation");
+            Panelix::exportedFunction<QuerySystemInformationFunction>(ntdll, "NtQuerySystemInformation");
         prepareProcessorBuffer();
     }
     samplingState.lastTickMs = GetTickCount();

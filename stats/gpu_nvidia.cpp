@@ -1,6 +1,8 @@
 #include "stats/gpu_nvidia.h"
 
+#include <algorithm>
 #include <array>
+#include <iterator>
 #include <type_traits>
 
 #include "stats/ansi_text.h"
@@ -25,18 +27,24 @@ GpuNvidia::~GpuNvidia() {
 
 bool GpuNvidia::initialise() {
     Nvapi::Status status = Nvapi::kOk;
-    library_ = NvapiLibrary::load(status);
-    if (library_ != nullptr) {
-        status = library_->entries().Initialize();
-    }
-    if (!check(status, L"Failed to initialize Nvidia API")) {
-        return false;
-    }
+    library_ = NvapiLibrary::start(status);
+    return check(status, L"Failed to initialize Nvidia API") &&
+           check(findFirstGpu(), L"Failed to get primary GPU");
+}
+
+Nvapi::Status GpuNvidia::findFirstGpu() {
     std::array<Nvapi::GpuHandle, Nvapi::kMaxPhysicalGpus> handles{};
     std::uint32_t count = 0;
-    status = call(library_->entries().EnumPhysicalGpus, handles.data(), &count);
-    gpuHandle_ = handles.front();
-    return check(status, L"Failed to get primary GPU");
+    const Nvapi::Status status = call(library_->entries().EnumPhysicalGpus, handles.data(), &count);
+    gpuHandle_ = status == Nvapi::kOk ? handles.front() : nullptr;
+    return status;
+}
+
+bool GpuNvidia::hasGpu() {
+    if (gpuHandle_ == nullptr && library_ != nullptr) {
+        findFirstGpu();
+    }
+    return gpuHandle_ != nullptr;
 }
 
 bool GpuNvidia::check(Nvapi::Status status, const wchar_t* context) {
@@ -56,9 +64,23 @@ std::wstring GpuNvidia::statusText(Nvapi::Status status) const {
     return nvapiStatusName(status);
 }
 
+// After a stale handle once more with a new one. A new one that is refused as well costs this figure only.
+template <typename Ask>
+Nvapi::Status GpuNvidia::askGpu(const Ask& ask) {
+    if (gpuHandle_ == nullptr) {
+        return Nvapi::kHandleInvalidated;
+    }
+    const Nvapi::Status status = ask();
+    if (status != Nvapi::kHandleInvalidated) {
+        return status;
+    }
+    findFirstGpu();
+    return gpuHandle_ != nullptr ? ask() : status;
+}
+
 GpuStats GpuNvidia::sample() {
     GpuStats stats;
-    if (library_ != nullptr) {
+    if (hasGpu()) {
         readLoad(stats);
         readTemperature(stats);
         readMemoryLoad(stats);
@@ -67,48 +89,68 @@ GpuStats GpuNvidia::sample() {
     return stats;
 }
 
-void GpuNvidia::readLoad(GpuStats& stats) const {
+void GpuNvidia::readLoad(GpuStats& stats) {
     Nvapi::DynamicPstates states{};
-    states.version = Nvapi::DynamicPstates::kVersion;
-    if (call(library_->entries().GpuGetDynamicPstatesInfoEx, gpuHandle_, &states) == Nvapi::kOk) {
+    const Nvapi::Status status = askGpu([&] {
+        states = {};
+        states.version = Nvapi::DynamicPstates::kVersion;
+        return call(library_->entries().GpuGetDynamicPstatesInfoEx, gpuHandle_, &states);
+    });
+    if (status == Nvapi::kOk) {
         stats.load = static_cast<std::int32_t>(states.utilization[0].percentage);
         stats.loadValid = true;
     }
 }
 
-void GpuNvidia::readTemperature(GpuStats& stats) const {
+void GpuNvidia::readTemperature(GpuStats& stats) {
     Nvapi::ThermalSettings settings{};
-    settings.version = Nvapi::ThermalSettings::kVersion;
-    if (call(library_->entries().GpuGetThermalSettings, gpuHandle_, 0, &settings) == Nvapi::kOk) {
+    const Nvapi::Status status = askGpu([&] {
+        settings = {};
+        settings.version = Nvapi::ThermalSettings::kVersion;
+        return call(library_->entries().GpuGetThermalSettings, gpuHandle_, 0, &settings);
+    });
+    if (status == Nvapi::kOk) {
         stats.temperature = settings.sensor[0].currentTemp;
         stats.temperatureValid = true;
     }
 }
 
-void GpuNvidia::readMemoryLoad(GpuStats& stats) const {
+void GpuNvidia::readMemoryLoad(GpuStats& stats) {
     Nvapi::MemoryInfo info{};
-    info.version = Nvapi::MemoryInfo::kVersion;
-    if (call(library_->entries().GpuGetMemoryInfo, gpuHandle_, &info) == Nvapi::kOk) {
+    const Nvapi::Status status = askGpu([&] {
+        info = {};
+        info.version = Nvapi::MemoryInfo::kVersion;
+        return call(library_->entries().GpuGetMemoryInfo, gpuHandle_, &info);
+    });
+    if (status == Nvapi::kOk) {
         stats.memoryLoad =
             videoMemoryPercent(info.availableDedicatedVideoMemory, info.curAvailableDedicatedVideoMemory);
         stats.memoryLoadValid = true;
     }
 }
 
-void GpuNvidia::readCoreClock(GpuStats& stats) const {
+void GpuNvidia::readCoreClock(GpuStats& stats) {
     Nvapi::ClockFrequencies frequencies{};
-    frequencies.version = Nvapi::ClockFrequencies::kVersion;
-    frequencies.clockType = Nvapi::ClockFrequencies::kCurrentClocks;
-    if (call(library_->entries().GpuGetAllClockFrequencies, gpuHandle_, &frequencies) == Nvapi::kOk) {
+    const Nvapi::Status status = askGpu([&] {
+        frequencies = {};
+        frequencies.version = Nvapi::ClockFrequencies::kVersion;
+        frequencies.clockType = Nvapi::ClockFrequencies::kCurrentClocks;
+        return call(library_->entries().GpuGetAllClockFrequencies, gpuHandle_, &frequencies);
+    });
+    if (status == Nvapi::kOk) {
         stats.coreClock = frequencies.domain[0].frequency;
         stats.coreClockValid = true;
     }
 }
 
 std::wstring GpuNvidia::name() {
-    char text[Nvapi::kShortStringLength] = {};
-    if (library_ == nullptr || call(library_->entries().GpuGetFullName, gpuHandle_, text) != Nvapi::kOk) {
+    if (!hasGpu()) {
         return {};
     }
-    return wideFromAnsi(textOfField(text));
+    char text[Nvapi::kShortStringLength] = {};
+    const Nvapi::Status status = askGpu([&] {
+        std::fill(std::begin(text), std::end(text), '\0');
+        return call(library_->entries().GpuGetFullName, gpuHandle_, text);
+    });
+    return status == Nvapi::kOk ? wideFromAnsi(textOfField(text)) : std::wstring();
 }

@@ -18,11 +18,13 @@ using Status = std::int32_t;
 inline constexpr Status kOk = 0;
 inline constexpr Status kLibraryNotFound = -2;
 inline constexpr Status kNoImplementation = -3;
+/// A change of the displays or cards has made the handle stale: all are to be enumerated anew.
+inline constexpr Status kHandleInvalidated = -10;
 
 inline constexpr std::size_t kMaxPhysicalGpus = 64;
 inline constexpr std::size_t kShortStringLength = 64;
 
-/// A physical graphics card; null is none.
+/// A physical graphics card; null is none. Good until a call returns kHandleInvalidated.
 using GpuHandle = void*;
 
 /// NV_GPU_DYNAMIC_PSTATES_INFO_EX, version 1. The first domain is the graphics engine.

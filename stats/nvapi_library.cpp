@@ -2,54 +2,57 @@
 
 #include <cstdint>
 #include <tuple>
-#include <utility>
 
-#include "stats/library_entries.h"
+#include "framework/core/exported_function.h"
+#include "framework/core/library_entries.h"
+#include "framework/core/unique_resource.h"
 
 namespace {
 
 template <typename Function>
-using Entry = LibraryEntry<std::uint32_t, NvapiEntries, Function>;
-
-constexpr EntryNeed kRequired = EntryNeed::Required;
-constexpr EntryNeed kOptional = EntryNeed::Optional;
+using Entry = Panelix::LibraryEntry<std::uint32_t, NvapiEntries, Function>;
 
 using Entries = NvapiEntries;
 
-constexpr std::tuple kEntries = {
-    Entry<Nvapi::Initialize>{Nvapi::kInitializeId, &Entries::Initialize, kRequired},
-    Entry<Nvapi::Unload>{Nvapi::kUnloadId, &Entries::Unload, kOptional},
-    Entry<Nvapi::GetErrorMessage>{Nvapi::kGetErrorMessageId, &Entries::GetErrorMessage, kOptional},
-    Entry<Nvapi::EnumPhysicalGpus>{Nvapi::kEnumPhysicalGpusId, &Entries::EnumPhysicalGpus, kOptional},
-    Entry<Nvapi::GpuGetFullName>{Nvapi::kGpuGetFullNameId, &Entries::GpuGetFullName, kOptional},
-    Entry<Nvapi::GpuGetDynamicPstatesInfoEx>{
-        Nvapi::kGpuGetDynamicPstatesInfoExId, &Entries::GpuGetDynamicPstatesInfoEx, kOptional},
-    Entry<Nvapi::GpuGetThermalSettings>{
-        Nvapi::kGpuGetThermalSettingsId, &Entries::GpuGetThermalSettings, kOptional},
-    Entry<Nvapi::GpuGetMemoryInfo>{Nvapi::kGpuGetMemoryInfoId, &Entries::GpuGetMemoryInfo, kOptional},
-    Entry<Nvapi::GpuGetAllClockFrequencies>{
-        Nvapi::kGpuGetAllClockFrequenciesId, &Entries::GpuGetAllClockFrequencies, kOptional},
+// What ends a start, a failed one too.
+constexpr std::tuple kEndingEntries = {
+    Entry<Nvapi::Unload>{Nvapi::kUnloadId, &Entries::Unload},
+    Entry<Nvapi::GetErrorMessage>{Nvapi::kGetErrorMessageId, &Entries::GetErrorMessage},
+};
+
+constexpr std::tuple kGpuEntries = {
+    Entry<Nvapi::EnumPhysicalGpus>{Nvapi::kEnumPhysicalGpusId, &Entries::EnumPhysicalGpus},
+    Entry<Nvapi::GpuGetFullName>{Nvapi::kGpuGetFullNameId, &Entries::GpuGetFullName},
+    Entry<Nvapi::GpuGetDynamicPstatesInfoEx>{Nvapi::kGpuGetDynamicPstatesInfoExId,
+                                             &Entries::GpuGetDynamicPstatesInfoEx},
+    Entry<Nvapi::GpuGetThermalSettings>{Nvapi::kGpuGetThermalSettingsId, &Entries::GpuGetThermalSettings},
+    Entry<Nvapi::GpuGetMemoryInfo>{Nvapi::kGpuGetMemoryInfoId, &Entries::GpuGetMemoryInfo},
+    Entry<Nvapi::GpuGetAllClockFrequencies>{Nvapi::kGpuGetAllClockFrequenciesId,
+                                            &Entries::GpuGetAllClockFrequencies},
 };
 
 }  // namespace
 
-std::unique_ptr<const NvapiLibrary> NvapiLibrary::load(Nvapi::Status& status) {
+std::unique_ptr<const NvapiLibrary> NvapiLibrary::start(Nvapi::Status& status) {
     status = Nvapi::kLibraryNotFound;
     Panelix::UniqueModule module(LoadLibraryExW(Nvapi::kLibraryFile, nullptr, LOAD_LIBRARY_SEARCH_SYSTEM32));
-    if (!module) {
-        return nullptr;
-    }
-    auto* const queryInterface = reinterpret_cast<Nvapi::QueryInterface*>(
-        reinterpret_cast<void*>(GetProcAddress(module.get(), Nvapi::kQueryInterfaceName)));
+    auto* const queryInterface =
+        Panelix::exportedFunction<Nvapi::QueryInterface>(module.get(), Nvapi::kQueryInterfaceName);
     if (queryInterface == nullptr) {
         return nullptr;
     }
-    std::unique_ptr<NvapiLibrary> library(new NvapiLibrary);
-    library->module_ = std::move(module);
-    if (!fillEntries(library->entries_, kEntries, queryInterface)) {
+    auto* const initialize = reinterpret_cast<Nvapi::Initialize*>(queryInterface(Nvapi::kInitializeId));
+    if (initialize == nullptr) {
         status = Nvapi::kNoImplementation;
         return nullptr;
     }
-    status = Nvapi::kOk;
+    std::unique_ptr<NvapiLibrary> library(new NvapiLibrary);
+    static_cast<void>(module.release());
+    status = initialize();
+    // Nothing promises that a driver tells these before.
+    Panelix::fillEntries(library->entries_, kEndingEntries, queryInterface);
+    if (status == Nvapi::kOk) {
+        Panelix::fillEntries(library->entries_, kGpuEntries, queryInterface);
+    }
     return library;
 }

@@ -2,12 +2,10 @@
 
 #include <memory>
 
-#include "framework/core/unique_resource.h"
 #include "stats/nvapi_abi.h"
 
-/// NVAPI's functions. All but Initialize may be null: drivers differ in what they implement.
+/// NVAPI's functions. Any of them may be null: drivers differ in what they implement.
 struct NvapiEntries {
-    Nvapi::Initialize* Initialize = nullptr;
     Nvapi::Unload* Unload = nullptr;
     Nvapi::GetErrorMessage* GetErrorMessage = nullptr;
     Nvapi::EnumPhysicalGpus* EnumPhysicalGpus = nullptr;
@@ -18,18 +16,19 @@ struct NvapiEntries {
     Nvapi::GpuGetAllClockFrequencies* GpuGetAllClockFrequencies = nullptr;
 };
 
-/// NVIDIA's driver library. It exists only with its required entries.
+/// NVIDIA's driver library after Initialize.
 class NvapiLibrary {
 public:
-    /// Loads the library from the system folder and from nowhere else. Null when it is not there or of no
-    /// use; `status` is then what NVAPI would answer to every call.
-    static std::unique_ptr<const NvapiLibrary> load(Nvapi::Status& status);
+    /// Loads the library from the system folder and from nowhere else, and calls Initialize; `status` is what
+    /// that returned. After a failure there are Unload and GetErrorMessage at most. Null when Initialize
+    /// cannot be called; `status` is then what NVAPI would return to every call. Once Initialize was called
+    /// the library stays in the process: the driver may have threads in it that outlive Unload.
+    static std::unique_ptr<const NvapiLibrary> start(Nvapi::Status& status);
 
     const NvapiEntries& entries() const { return entries_; }
 
 private:
     NvapiLibrary() = default;
 
-    Panelix::UniqueModule module_;
     NvapiEntries entries_;
 };

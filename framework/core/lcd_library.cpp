@@ -6,6 +6,7 @@
 #include <array>
 #include <cstddef>
 
+#include "framework/core/exported_function.h"
 #include "framework/core/lcd_sdk_abi.h"
 #include "framework/core/unique_resource.h"
 
@@ -49,8 +50,7 @@ bool readLibraryPath(LibraryPath& path) {
 
 template <typename Function>
 void lookUp(HMODULE library, const char* name, Function*& slot) {
-    // Through void*, because the compiler rightly mistrusts a direct cast between function types.
-    slot = reinterpret_cast<Function*>(reinterpret_cast<void*>(GetProcAddress(library, name)));
+    slot = exportedFunction<Function>(library, name);
 }
 
 }  // namespace

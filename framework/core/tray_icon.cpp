@@ -6,7 +6,9 @@
 #include <cstddef>
 #include <cstdint>
 #include <iterator>
+#include <type_traits>
 
+#include "framework/core/exported_function.h"
 #include "framework/core/tray_record.h"
 #include "framework/core/unique_resource.h"
 
@@ -27,13 +29,14 @@ std::uint64_t shellVersion() {
     if (!shell) {
         return 0;
     }
-    void* const entry = reinterpret_cast<void*>(GetProcAddress(shell.get(), "DllGetVersion"));
-    if (entry == nullptr) {
+    auto* const getVersion =
+        exportedFunction<std::remove_pointer_t<DLLGETVERSIONPROC>>(shell.get(), "DllGetVersion");
+    if (getVersion == nullptr) {
         return 0;
     }
     DLLVERSIONINFO info{};
     info.cbSize = sizeof(info);
-    if (FAILED(reinterpret_cast<DLLGETVERSIONPROC>(entry)(&info))) {
+    if (FAILED(getVersion(&info))) {
         return 0;
     }
     return packVersion(info.dwMajorVersion, info.dwMinorVersion);

@@ -5,9 +5,11 @@
 #include "standins/nvapi/virtual_nvidia.h"
 
 #include <array>
+#include <atomic>
 #include <cstring>
 #include <exception>
 #include <memory>
+#include <optional>
 
 namespace {
 
@@ -16,7 +18,13 @@ using Standins::VirtualNvidia;
 
 using Status = std::int32_t;
 constexpr Status kOk = 0;
+constexpr Status kNotInitialized = -4;
 constexpr Status kInvalidHandle = -8;
+constexpr Status kHandleInvalidated = -10;
+
+// Per process, as NVAPI's own.
+std::atomic<bool> initializeCalled{false};
+std::atomic<int> initializations{0};
 
 // Null when the record cannot be opened: the library then behaves like one that implements nothing. Opened by
 // the first call and not while the library is loaded, when the loader's lock is held.
@@ -36,6 +44,10 @@ Status answer(NvapiCall call, std::array<std::int64_t, 3> arguments = {}) noexce
     return driver()->status(call);
 }
 
+bool handsOut(Status status) noexcept {
+    return status == kOk || driver()->writesBeforeItFails();
+}
+
 std::int64_t number(const void* handle) noexcept {
     return static_cast<std::int64_t>(reinterpret_cast<std::uintptr_t>(handle));
 }
@@ -50,32 +62,45 @@ void setWordAt(void* structure, std::size_t offset, std::uint32_t word) noexcept
     std::memcpy(static_cast<char*>(structure) + offset, &word, sizeof(word));
 }
 
-// Calls `give` with the card's number when the script lets the call succeed and the handle is a card's.
+// Calls `give` with the card's number when the script lets the call hand something out; a handle that is no
+// card's makes it fail.
 template <typename Give>
 Status answerAboutGpu(NvapiCall call, std::array<std::int64_t, 3> arguments, const Give& give) noexcept {
-    const Status status = answer(call, arguments);
-    if (status != kOk) {
-        return status;
+    Status status = answer(call, arguments);
+    if (initializations == 0) {
+        return kNotInitialized;
     }
-    const std::int64_t gpu = arguments[0] - VirtualNvidia::gpuHandle(0);
-    if (gpu < 0 || gpu >= static_cast<std::int64_t>(driver()->gpuCount())) {
-        return kInvalidHandle;
+    const std::optional<std::size_t> gpu = driver()->gpuOf(arguments[0]);
+    if (!gpu && status == kOk) {
+        status = driver()->isStale(arguments[0]) ? kHandleInvalidated : kInvalidHandle;
     }
-    give(static_cast<std::size_t>(gpu));
-    return kOk;
+    if (handsOut(status)) {
+        give(gpu.value_or(0));
+    }
+    return status;
 }
 
 Status initialize() noexcept {
-    return answer(NvapiCall::Initialize);
+    const Status result = answer(NvapiCall::Initialize);
+    initializeCalled = true;
+    if (result == kOk) {
+        ++initializations;
+    }
+    return result;
 }
 
 Status unload() noexcept {
-    return answer(NvapiCall::Unload);
+    const Status result = answer(NvapiCall::Unload);
+    if (initializations == 0) {
+        return kNotInitialized;
+    }
+    --initializations;
+    return result;
 }
 
 Status getErrorMessage(Status status, char* text) noexcept {
     const Status result = answer(NvapiCall::GetErrorMessage, {status});
-    if (result == kOk) {
+    if (handsOut(result)) {
         driver()->copyErrorText(text);
     }
     return result;
@@ -83,10 +108,16 @@ Status getErrorMessage(Status status, char* text) noexcept {
 
 Status enumPhysicalGpus(void** handles, std::uint32_t* count) noexcept {
     const Status result = answer(NvapiCall::EnumPhysicalGpus);
+    if (initializations == 0) {
+        return kNotInitialized;
+    }
     if (result == kOk) {
+        driver()->enumerate();
+    }
+    if (handsOut(result)) {
         *count = static_cast<std::uint32_t>(driver()->gpuCount());
         for (std::uint32_t i = 0; i < *count; ++i) {
-            handles[i] = reinterpret_cast<void*>(VirtualNvidia::gpuHandle(i));
+            handles[i] = reinterpret_cast<void*>(driver()->gpuHandle(i));
         }
     }
     return result;
@@ -157,11 +188,25 @@ const Function kFunctions[] = {
     {0xDCB616C3, NvapiCall::GpuGetAllClockFrequencies, untyped(gpuGetAllClockFrequencies)},
 };
 
+// What a driver need not tell before Initialize, this one does not tell.
+bool isTold(NvapiCall call) noexcept {
+    switch (call) {
+        case NvapiCall::Initialize:
+            return true;
+        case NvapiCall::Unload:
+        case NvapiCall::GetErrorMessage:
+            return initializeCalled;
+        default:
+            return initializations > 0;
+    }
+}
+
 }  // namespace
 
 extern "C" void* nvapi_QueryInterface(std::uint32_t id) noexcept {
     for (const Function& function : kFunctions) {
-        if (function.id == id && driver() != nullptr && !driver()->isMissing(function.call)) {
+        if (function.id == id && isTold(function.call) && driver() != nullptr &&
+            !driver()->isMissing(function.call)) {
             return function.address;
         }
     }

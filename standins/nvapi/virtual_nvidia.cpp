@@ -11,10 +11,11 @@ namespace Standins {
 namespace {
 
 // "KNVA" and the version of the layout below: raise it with every change.
-constexpr std::uint64_t kIdentity = 0x4B4E'5641'0000'0001;
+constexpr std::uint64_t kIdentity = 0x4B4E'5641'0000'0002;
 
-// Anything but null, and different for each card.
-constexpr std::int64_t kFirstHandle = 0x4E56'0001;
+// Anything but null, and different for each card and each enumeration after a change.
+constexpr std::int64_t kFirstHandle = 0x4E56'0000;
+constexpr std::int64_t kHandlesPerChange = 0x100;
 
 struct GpuSlot {
     std::atomic<std::uint32_t> loadPercent;
@@ -30,6 +31,9 @@ struct GpuSlot {
 struct VirtualNvidia::Record {
     std::atomic<std::uint64_t> identity;
     std::atomic<std::uint32_t> gpuCount;
+    std::atomic<std::uint32_t> changes;
+    std::atomic<std::uint32_t> enumeratedChanges;
+    std::atomic<std::uint32_t> writesBeforeItFails;
     std::array<GpuSlot, kMaxGpus> gpus;
     std::array<std::atomic<std::uint32_t>, kNvapiCallCount> missing;
     std::array<std::atomic<std::int32_t>, kNvapiCallCount> statuses;
@@ -51,8 +55,29 @@ void VirtualNvidia::setGpuCount(std::size_t count) noexcept {
     record().gpuCount = static_cast<std::uint32_t>(std::min(count, kMaxGpus));
 }
 
-std::int64_t VirtualNvidia::gpuHandle(std::size_t gpu) noexcept {
-    return kFirstHandle + static_cast<std::int64_t>(gpu);
+std::int64_t VirtualNvidia::gpuHandle(std::size_t gpu) const noexcept {
+    return kFirstHandle + record().enumeratedChanges * kHandlesPerChange + static_cast<std::int64_t>(gpu);
+}
+
+void VirtualNvidia::invalidateHandles() noexcept {
+    ++record().changes;
+}
+
+void VirtualNvidia::enumerate() noexcept {
+    record().enumeratedChanges = record().changes.load();
+}
+
+std::optional<std::size_t> VirtualNvidia::gpuOf(std::int64_t handle) const noexcept {
+    const std::int64_t gpu = handle - gpuHandle(0);
+    if (record().enumeratedChanges != record().changes || gpu < 0 ||
+        gpu >= static_cast<std::int64_t>(gpuCount())) {
+        return std::nullopt;
+    }
+    return static_cast<std::size_t>(gpu);
+}
+
+bool VirtualNvidia::isStale(std::int64_t handle) const noexcept {
+    return handle >= kFirstHandle && handle < kFirstHandle + record().changes * kHandlesPerChange;
 }
 
 void VirtualNvidia::setName(std::size_t gpu, std::string_view name) noexcept {
@@ -76,6 +101,10 @@ void VirtualNvidia::setStatus(NvapiCall call, std::int32_t status) noexcept {
     record().statuses[static_cast<std::size_t>(call)] = status;
 }
 
+void VirtualNvidia::setWritesBeforeItFails(bool writes) noexcept {
+    record().writesBeforeItFails = writes ? 1 : 0;
+}
+
 void VirtualNvidia::setErrorText(std::string_view text) noexcept {
     record().errorText.set(text);
 }
@@ -94,6 +123,10 @@ bool VirtualNvidia::isMissing(NvapiCall call) const noexcept {
 
 std::int32_t VirtualNvidia::status(NvapiCall call) const noexcept {
     return record().statuses[static_cast<std::size_t>(call)];
+}
+
+bool VirtualNvidia::writesBeforeItFails() const noexcept {
+    return record().writesBeforeItFails != 0;
 }
 
 std::size_t VirtualNvidia::gpuCount() const noexcept {

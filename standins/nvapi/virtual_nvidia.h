@@ -2,6 +2,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <optional>
 #include <string_view>
 #include <vector>
 
@@ -37,6 +38,9 @@ struct NvidiaFigures {
 
 /// The virtual NVIDIA driver: one shared record, in which the stand-in nvapi64.dll writes the calls that it
 /// receives, and from which it takes its answers. A new record has no card, and every call succeeds.
+///
+/// The library gives no function but Initialize before that was called; after one that failed, no more than
+/// Unload and GetErrorMessage.
 class VirtualNvidia {
 public:
     static constexpr std::size_t kMaxGpus = 64;
@@ -47,14 +51,19 @@ public:
 
     /// Cards that the enumeration gives, at most kMaxGpus. Their handles are gpuHandle(0) and so on.
     void setGpuCount(std::size_t count) noexcept;
-    static std::int64_t gpuHandle(std::size_t gpu) noexcept;
+    std::int64_t gpuHandle(std::size_t gpu) const noexcept;
+    /// As after a change of the displays or cards: no handle of before is good any more, and the cards get
+    /// others with the next enumeration.
+    void invalidateHandles() noexcept;
     /// At most kTextLength bytes; a name that takes all of them has no terminator.
     void setName(std::size_t gpu, std::string_view name) noexcept;
     void setFigures(std::size_t gpu, const NvidiaFigures& figures) noexcept;
-    /// The driver does not know the function's id. Read when a program loads the library.
+    /// The driver does not know the function's id. Read when a program asks for the function.
     void setMissing(NvapiCall call, bool missing) noexcept;
     /// What the call answers; it hands nothing out unless that is 0.
     void setStatus(NvapiCall call, std::int32_t status) noexcept;
+    /// Calls that fail hand out what they would if they had succeeded.
+    void setWritesBeforeItFails(bool writes) noexcept;
     /// What GetErrorMessage gives for every status. Length as for names.
     void setErrorText(std::string_view text) noexcept;
 
@@ -65,6 +74,13 @@ public:
 
     bool isMissing(NvapiCall call) const noexcept;
     std::int32_t status(NvapiCall call) const noexcept;
+    bool writesBeforeItFails() const noexcept;
+    /// Gives the cards the handles that gpuHandle() tells from now on.
+    void enumerate() noexcept;
+    /// The card that the handle belongs to; nothing for one that is no card's.
+    std::optional<std::size_t> gpuOf(std::int64_t handle) const noexcept;
+    /// It was a card's until its handles were invalidated.
+    bool isStale(std::int64_t handle) const noexcept;
     std::size_t gpuCount() const noexcept;
     NvidiaFigures figures(std::size_t gpu) const noexcept;
     /// Copies kTextLength bytes.

@@ -3,6 +3,8 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -59,12 +61,29 @@ protected:
         return calls;
     }
 
+    /// Calls that were about the card with this handle, or with any.
+    std::size_t callsAbout(std::optional<std::int64_t> handle) {
+        const std::vector<LoggedCall> calls = driver_.log().entries();
+        return static_cast<std::size_t>(
+            std::count_if(calls.begin(), calls.end(), [&handle](const LoggedCall& logged) {
+                return logged.call >= static_cast<std::uint32_t>(NvapiCall::GpuGetFullName) &&
+                       logged.arguments[0] == handle.value_or(logged.arguments[0]);
+            }));
+    }
+
 private:
     StandinSession session_;
 
 protected:
     VirtualNvidia driver_;
 };
+
+constexpr std::int32_t kHandleInvalidated = -10;
+constexpr std::size_t kFigureCalls = 4;
+
+bool isAnyValid(const GpuStats& stats) {
+    return stats.loadValid || stats.temperatureValid || stats.memoryLoadValid || stats.coreClockValid;
+}
 
 class GpuNvidiaDriver : public GpuNvidiaBase, public testing::Test {
     PreloadedLibrary library_{Standins::vendorLibraryPath(VendorLibrary::Nvapi)};
@@ -127,7 +146,7 @@ TEST_F(GpuNvidiaDriver, OnlyTheFirstOfTwoCardsIsUsed) {
     EXPECT_EQ(gpu.name(), L"GeForce Test 9000");
     expectCardsFigures(gpu.sample());
     for (const LoggedCall& call : driver_.log().entries()) {
-        EXPECT_NE(call.arguments[0], VirtualNvidia::gpuHandle(1));
+        EXPECT_NE(call.arguments[0], driver_.gpuHandle(1));
     }
 }
 
@@ -143,15 +162,82 @@ TEST_F(GpuNvidiaDriver, EnumerationWithoutCardsIsNotLookedAtFurther) {
     GpuNvidia gpu;
     EXPECT_TRUE(gpu.initialise());
     EXPECT_EQ(gpu.name(), L"");
-    const GpuStats stats = gpu.sample();
-    EXPECT_FALSE(stats.loadValid || stats.temperatureValid || stats.memoryLoadValid || stats.coreClockValid);
+    EXPECT_FALSE(isAnyValid(gpu.sample()));
+}
+
+TEST_F(GpuNvidiaDriver, StaleHandleIsReplacedInTheSameReading) {
+    GpuNvidia gpu;
+    ASSERT_TRUE(gpu.initialise());
+    gpu.sample();
+    for (int change = 1; change <= 3; ++change) {
+        const std::int64_t stale = driver_.gpuHandle(0);
+        driver_.invalidateHandles();
+        driver_.log().clear();
+        expectCardsFigures(gpu.sample());
+        EXPECT_NE(driver_.gpuHandle(0), stale);
+        EXPECT_EQ(driver_.callCount(NvapiCall::EnumPhysicalGpus), 1u);
+        EXPECT_EQ(callsAbout(stale), 1u) << "the one that is told";
+        EXPECT_EQ(callsAbout(driver_.gpuHandle(0)), kFigureCalls);
+        // And with the new handle no more is to be done.
+        driver_.log().clear();
+        expectCardsFigures(gpu.sample());
+        EXPECT_EQ(driver_.callCount(NvapiCall::EnumPhysicalGpus), 0u);
+    }
+}
+
+TEST_F(GpuNvidiaDriver, StaleHandleIsNotUsedWhileTheEnumerationFails) {
+    for (const bool writes : {false, true}) {
+        driver_.setWritesBeforeItFails(writes);
+        GpuNvidia gpu;
+        ASSERT_TRUE(gpu.initialise());
+        driver_.invalidateHandles();
+        driver_.setStatus(NvapiCall::EnumPhysicalGpus, -6);
+        driver_.log().clear();
+        EXPECT_FALSE(isAnyValid(gpu.sample()));
+        EXPECT_EQ(callsAbout(std::nullopt), 1u) << "the one that is told";
+        // Once for each reading from then on, and nothing else.
+        for (std::uint64_t reading = 2; reading <= 4; ++reading) {
+            EXPECT_FALSE(isAnyValid(gpu.sample()));
+            EXPECT_EQ(driver_.callCount(NvapiCall::EnumPhysicalGpus), reading);
+            EXPECT_EQ(callsAbout(std::nullopt), 1u);
+        }
+        driver_.setStatus(NvapiCall::EnumPhysicalGpus, 0);
+        expectCardsFigures(gpu.sample());
+        EXPECT_EQ(driver_.callCount(NvapiCall::EnumPhysicalGpus), 5u);
+        expectCardsFigures(gpu.sample());
+        EXPECT_EQ(driver_.callCount(NvapiCall::EnumPhysicalGpus), 5u);
+    }
+}
+
+TEST_F(GpuNvidiaDriver, CardThatWasTakenAwayIsReadAgainWhenItIsBack) {
+    GpuNvidia gpu;
+    ASSERT_TRUE(gpu.initialise());
+    driver_.invalidateHandles();
+    driver_.setGpuCount(0);
+    EXPECT_FALSE(isAnyValid(gpu.sample()));
+    EXPECT_FALSE(isAnyValid(gpu.sample()));
+    driver_.setGpuCount(1);
+    expectCardsFigures(gpu.sample());
+}
+
+TEST_F(GpuNvidiaDriver, NameIsReadThroughANewHandleWhenTheFirstIsStale) {
+    driver_.setWritesBeforeItFails(true);
+    GpuNvidia gpu;
+    ASSERT_TRUE(gpu.initialise());
+    driver_.invalidateHandles();
+    EXPECT_EQ(gpu.name(), L"GeForce Test 9000");
+    driver_.invalidateHandles();
+    driver_.setStatus(NvapiCall::EnumPhysicalGpus, -6);
+    EXPECT_EQ(gpu.name(), L"");
+    driver_.setStatus(NvapiCall::EnumPhysicalGpus, 0);
+    EXPECT_EQ(gpu.name(), L"GeForce Test 9000");
 }
 
 TEST_F(GpuNvidiaDriver, StructuresCarryTheirVersionWords) {
     GpuNvidia gpu;
     ASSERT_TRUE(gpu.initialise());
     gpu.sample();
-    const std::int64_t card = VirtualNvidia::gpuHandle(0);
+    const std::int64_t card = driver_.gpuHandle(0);
     const auto only = [this](NvapiCall call) {
         const std::vector<LoggedCall> calls = callsOf(call);
         EXPECT_EQ(calls.size(), 1u);
@@ -237,8 +323,32 @@ TEST_F(GpuNvidiaDriver, NvapiIsUnloadedOnceAfterAFailedStart) {
     {
         GpuNvidia gpu;
         ASSERT_FALSE(gpu.initialise());
+        EXPECT_EQ(driver_.callCount(NvapiCall::Unload), 0u);
+        EXPECT_FALSE(isAnyValid(gpu.sample()));
+        EXPECT_EQ(gpu.name(), L"");
     }
     EXPECT_EQ(driver_.callCount(NvapiCall::Unload), 1u);
+    EXPECT_EQ(driver_.callCount(NvapiCall::EnumPhysicalGpus), 0u);
+}
+
+TEST_F(GpuNvidiaDriver, NvapiIsUnloadedOnceAfterAFailedEnumeration) {
+    driver_.setStatus(NvapiCall::EnumPhysicalGpus, -6);
+    {
+        GpuNvidia gpu;
+        ASSERT_FALSE(gpu.initialise());
+    }
+    EXPECT_EQ(driver_.callCount(NvapiCall::Initialize), 1u);
+    EXPECT_EQ(driver_.callCount(NvapiCall::Unload), 1u);
+}
+
+TEST_F(GpuNvidiaDriver, SecondSourceStartsAfterTheFirstHasGone) {
+    for (int source = 0; source < 3; ++source) {
+        GpuNvidia gpu;
+        ASSERT_TRUE(gpu.initialise());
+        expectCardsFigures(gpu.sample());
+    }
+    EXPECT_EQ(driver_.callCount(NvapiCall::Initialize), 3u);
+    EXPECT_EQ(driver_.callCount(NvapiCall::Unload), 3u);
 }
 
 class GpuNvidiaFaults : public GpuNvidiaBase, public testing::TestWithParam<NamedCall> {
@@ -290,20 +400,47 @@ TEST_P(GpuNvidiaFaults, MissingTextFunctionLeavesTheStatusName) {
     }
 }
 
-TEST_P(GpuNvidiaFaults, FailedCallCostsItsOwnFigureOnly) {
-    const NvapiCall failing = GetParam().call;
-    driver_.setStatus(failing, -1);
+// What is left when one call fails with this status, whichever call it is.
+void expectOutcome(VirtualNvidia& driver, NvapiCall failing, std::int32_t status) {
+    driver.setStatus(failing, status);
     GpuNvidia gpu;
     if (failing == NvapiCall::Initialize || failing == NvapiCall::EnumPhysicalGpus) {
         EXPECT_FALSE(gpu.initialise());
+        EXPECT_FALSE(isAnyValid(gpu.sample()));
+        EXPECT_EQ(gpu.name(), L"");
         return;
     }
     EXPECT_TRUE(gpu.initialise());
     EXPECT_EQ(gpu.name(), failing == NvapiCall::GpuGetFullName ? L"" : L"GeForce Test 9000");
     expectCardsFiguresWithout(failing, gpu.sample());
-    // And it is there again once the call works.
-    driver_.setStatus(failing, 0);
+    // It is there again once the call works, and not any more once it fails.
+    driver.setStatus(failing, 0);
     expectCardsFigures(gpu.sample());
+    driver.setStatus(failing, status);
+    expectCardsFiguresWithout(failing, gpu.sample());
+}
+
+TEST_P(GpuNvidiaFaults, FailedCallCostsItsOwnFigureOnly) {
+    // A driver may also go on calling a handle stale that it has just given.
+    for (const std::int32_t status : {-1, kHandleInvalidated}) {
+        expectOutcome(driver_, GetParam().call, status);
+    }
+}
+
+TEST_P(GpuNvidiaFaults, WhatAFailedCallHasWrittenIsIgnored) {
+    driver_.setWritesBeforeItFails(true);
+    for (const std::int32_t status : {-1, kHandleInvalidated}) {
+        expectOutcome(driver_, GetParam().call, status);
+    }
+}
+
+TEST_F(GpuNvidiaDriver, TextThatAFailedCallHasWrittenIsIgnored) {
+    driver_.setWritesBeforeItFails(true);
+    driver_.setStatus(NvapiCall::GetErrorMessage, -5);
+    driver_.setStatus(NvapiCall::EnumPhysicalGpus, -6);
+    GpuNvidia gpu;
+    EXPECT_FALSE(gpu.initialise());
+    EXPECT_EQ(gpu.lastError(), L"Failed to get primary GPU: NVAPI_NVIDIA_DEVICE_NOT_FOUND");
 }
 
 TEST_P(GpuNvidiaFaults, PositiveStatusIsAFailureToo) {
@@ -323,8 +460,7 @@ TEST(GpuNvidiaAbsent, NoDriverIsLibraryNotFound) {
     EXPECT_FALSE(gpu.initialise());
     EXPECT_EQ(gpu.lastError(), L"Failed to initialize Nvidia API: NVAPI_LIBRARY_NOT_FOUND");
     EXPECT_EQ(gpu.name(), L"");
-    const GpuStats stats = gpu.sample();
-    EXPECT_FALSE(stats.loadValid || stats.temperatureValid || stats.memoryLoadValid || stats.coreClockValid);
+    EXPECT_FALSE(isAnyValid(gpu.sample()));
 }
 
 TEST(GpuNvidiaAbsent, LibraryWithoutItsEntryIsNotFound) {

@@ -1,0 +1,28 @@
+#pragma once
+
+#include <tuple>
+
+namespace Panelix {
+
+/// One line of a library's list of entries: what the entry is looked up by, and the slot in `Table` that
+/// keeps it.
+template <typename Key, typename Table, typename Function>
+struct LibraryEntry {
+    Key key;
+    Function* Table::*slot;
+};
+
+/// Looks every entry of the list up: `address(key)` returns its untyped address or null, and the slot gets
+/// that. False when one is missing.
+template <typename Table, typename... Entries, typename AddressOf>
+bool fillEntries(Table& table, const std::tuple<Entries...>& list, const AddressOf& address) {
+    bool complete = true;
+    const auto find = [&]<typename Key, typename Function>(const LibraryEntry<Key, Table, Function>& entry) {
+        table.*entry.slot = reinterpret_cast<Function*>(address(entry.key));
+        complete = complete && table.*entry.slot != nullptr;
+    };
+    std::apply([&](const auto&... entries) { (find(entries), ...); }, list);
+    return complete;
+}
+
+}  // namespace Panelix
