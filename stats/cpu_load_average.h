@@ -43,9 +43,9 @@ bool cpuSampleIsDue(std::uint32_t tickMs, std::uint32_t lastTickMs);
 /// Turns consecutive readings into the machine's load averaged over five of them.
 class CpuLoadAverage {
 public:
-    /// The new average in percent. The first reading gives 0 and is only the reference of the next; while the
-    /// history of five fills, the average includes slots that are still 0: a steady load of 50 % reads 50,
-    /// 25, 33, 37 and then 50.
+    /// The new average in percent, slightly below 0 when the system counts more idle time than there was. The
+    /// first reading gives 0 and is only the reference of the next; while the history of five fills, the
+    /// average includes slots that are still 0: a steady load of 50 % reads 50, 25, 33, 37 and then 50.
     std::int32_t add(const CpuReading& reading);
 
 private:

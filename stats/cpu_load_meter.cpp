@@ -88,5 +88,6 @@ std::uint16_t CpuLoadMeter::sample() {
             state.average.add({ticksOf(now), system, ticksOf(processKernel), ticksOf(processUser)});
         state.lastTickMs = GetTickCount();
     }
-    return static_cast<std::uint16_t>(state.lastResult);
+    // The counters are not read at one moment: an idle machine may come out slightly below 0.
+    return static_cast<std::uint16_t>(std::max(state.lastResult, 0));
 }

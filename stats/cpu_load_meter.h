@@ -20,7 +20,7 @@ public:
     CpuLoadMeter& operator=(const CpuLoadMeter&) = delete;
 
     /// The load in percent. At most one measurement per 201 ms: a call that comes sooner gets the last
-    /// result. The first measurement gives 0, the next ones ramp up.
+    /// result. The first measurement gives 0, the next ones ramp up. An average below 0 is 0.
     std::uint16_t sample();
 
 private:

@@ -67,6 +67,11 @@ TEST(CpuLoadAverage, PercentagesAreTruncated) {
     EXPECT_EQ(average.add(reading), 66);
 }
 
+TEST(CpuLoadAverage, MoreIdleTimeThanThereWasCountsBelowZero) {
+    // The slot keeps it, so that the averages that follow are lower, too.
+    EXPECT_THAT(averagesOf({-8, 50, 50}), testing::ElementsAre(0, -8, -8 / 2, (-8 + 50) / 3));
+}
+
 TEST(CpuLoadAverage, StandingClockIsZero) {
     CpuLoadAverage average;
     CpuReading reading;

@@ -118,6 +118,13 @@ TEST(CpuLoadMeter, SteadyLoadOfHalfTheMachineRampsUp) {
     EXPECT_THAT(samplesAt(meter, 50, 50, 7), testing::ElementsAre(0, 50, 25, 33, 37, 50, 50));
 }
 
+TEST(CpuLoadMeter, AverageBelowZeroIsZero) {
+    CpuLoadMeter meter(thisProgram(), nullptr);
+    EXPECT_THAT(samplesAt(meter, -8, -8, 3), testing::ElementsAre(0, 0, 0));
+    // The averages go on from what was measured: slots 0 to 2, and then 0 to 3.
+    EXPECT_THAT(samplesAt(meter, 50, 50, 2), testing::ElementsAre(0, (-8 + 50 - 8 + 0) / 4));
+}
+
 TEST(CpuLoadMeter, SampleRightAfterTheStartIsZero) {
     run(100, 100);
     CpuLoadMeter meter(thisProgram(), nullptr);
