@@ -44,6 +44,11 @@ static_assert(offsetof(SharedRecord, fMultiplier) == 2580);
 static_assert(offsetof(SharedRecord, sCPUName) == 2584);
 static_assert(offsetof(SharedRecord, ucFahrenheit) == 2684);
 
+/// The record without the padding after its last member: a section may end here.
+inline constexpr std::size_t kSharedRecordBytes =
+    offsetof(SharedRecord, ucDeltaToTjMax) + sizeof(SharedRecord::ucDeltaToTjMax);
+static_assert(kSharedRecordBytes == 2686);
+
 /// The extended record (version 2) begins like the original and appends what this program does not need.
 inline constexpr wchar_t kExtendedMapping[] = L"CoreTempMappingObjectEx";
 inline constexpr wchar_t kOriginalMapping[] = L"CoreTempMappingObject";

@@ -16,11 +16,13 @@ bool readMapping(const wchar_t* name, CoreTemp::SharedRecord& record) {
     if (!mapping) {
         return false;
     }
-    const Panelix::UniqueMappedView view(MapViewOfFile(mapping.get(), FILE_MAP_READ, 0, 0, sizeof(record)));
+    // Refused for a section that is shorter.
+    const Panelix::UniqueMappedView view(
+        MapViewOfFile(mapping.get(), FILE_MAP_READ, 0, 0, CoreTemp::kSharedRecordBytes));
     if (!view) {
         return false;
     }
-    std::memcpy(&record, view.get(), sizeof(record));
+    std::memcpy(&record, view.get(), CoreTemp::kSharedRecordBytes);
     return true;
 }
 

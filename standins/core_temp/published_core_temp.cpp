@@ -33,19 +33,38 @@ constexpr std::size_t kFahrenheitOffset = 2684;
 constexpr std::size_t kVersionOffset = 2688;
 constexpr std::uint32_t kExtendedVersion = 2;
 
+// A section of the paging file is as long as its pages, whatever length was asked for; this one is exact.
+Panelix::UniqueFile openTemporaryFile() {
+    wchar_t folder[MAX_PATH];
+    wchar_t path[MAX_PATH];
+    if (GetTempPathW(MAX_PATH, folder) == 0 || GetTempFileNameW(folder, L"ctm", 0, path) == 0) {
+        return {};
+    }
+    return Panelix::UniqueFile(CreateFileW(path,
+                                           GENERIC_READ | GENERIC_WRITE,
+                                           0,
+                                           nullptr,
+                                           TRUNCATE_EXISTING,
+                                           FILE_ATTRIBUTE_TEMPORARY | FILE_FLAG_DELETE_ON_CLOSE,
+                                           nullptr));
+}
+
 }  // namespace
 
 PublishedCoreTemp::PublishedCoreTemp(CoreTempMapping mapping)
-    : section_(CreateFileMappingW(
-          INVALID_HANDLE_VALUE, nullptr, PAGE_READWRITE, 0, bytesOf(mapping), nameOf(mapping))) {
-    if (!section_ || GetLastError() == ERROR_ALREADY_EXISTS) {
+    : PublishedCoreTemp(mapping, bytesOf(mapping)) {}
+
+PublishedCoreTemp::PublishedCoreTemp(CoreTempMapping mapping, std::uint32_t bytes)
+    : file_(openTemporaryFile()),
+      section_(CreateFileMappingW(file_.get(), nullptr, PAGE_READWRITE, 0, bytes, nameOf(mapping))) {
+    if (!file_ || !section_ || GetLastError() == ERROR_ALREADY_EXISTS) {
         throw std::runtime_error("Core Temp's shared memory cannot be made, or exists already");
     }
-    view_.reset(MapViewOfFile(section_.get(), FILE_MAP_ALL_ACCESS, 0, 0, bytesOf(mapping)));
+    view_.reset(MapViewOfFile(section_.get(), FILE_MAP_ALL_ACCESS, 0, 0, 0));
     if (!view_) {
         throw std::runtime_error("Core Temp's shared memory cannot be mapped");
     }
-    if (mapping == CoreTempMapping::Extended) {
+    if (mapping == CoreTempMapping::Extended && bytes > kVersionOffset) {
         setAt(kVersionOffset, &kExtendedVersion, sizeof(kExtendedVersion));
     }
 }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
 #include <string_view>
 
 #include "framework/core/unique_resource.h"
@@ -21,6 +22,8 @@ public:
     /// Throws std::runtime_error when the system refuses, or when something is published under the name
     /// already.
     explicit PublishedCoreTemp(CoreTempMapping mapping);
+    /// The same with a section of so many bytes, which hold at least the flag for Fahrenheit.
+    PublishedCoreTemp(CoreTempMapping mapping, std::uint32_t bytes);
 
     void setFigures(const CoreTempFigures& figures) noexcept;
     /// At most VirtualCoreTemp::kNameLength bytes; a name that takes all of them has no terminator.
@@ -29,6 +32,7 @@ public:
 private:
     void setAt(std::size_t offset, const void* value, std::size_t size) noexcept;
 
+    Panelix::UniqueFile file_;
     Panelix::UniqueHandle section_;
     Panelix::UniqueMappedView view_;
 };

@@ -12,6 +12,7 @@
 #include "tests/stats/free_handles.h"
 #include "tests/stats/preloaded_library.h"
 #include "tests/stats/standin_session.h"
+#include "tests/support/import_override.h"
 
 // The mappings' names are Core Temp's own, the same for every program of the session: these tests run alone.
 
@@ -82,6 +83,25 @@ TEST_P(CoreTempMemory, EmptyRecordIsAProcessorWithoutFigures) {
     EXPECT_EQ(reading->temperature, 0);
 }
 
+TEST_P(CoreTempMemory, SectionMayEndWithTheLastMember) {
+    PublishedCoreTemp published(GetParam(), 2686);
+    Standins::CoreTempFigures figures = usualCoreTempFigures();
+    figures.fahrenheit = true;
+    published.setFigures(figures);
+    published.setName("short");
+    const std::optional<CoreTempReading> reading = readCoreTemp(kNoLibrary);
+    ASSERT_TRUE(reading.has_value());
+    EXPECT_TRUE(reading->fahrenheit);
+    EXPECT_EQ(reading->name, L"short");
+    EXPECT_EQ(reading->temperature, 61);
+}
+
+TEST_P(CoreTempMemory, SectionThatIsTooShortGivesNothing) {
+    PublishedCoreTemp published(GetParam(), 2685);
+    published.setFigures(usualCoreTempFigures());
+    EXPECT_FALSE(readCoreTemp(kNoLibrary).has_value());
+}
+
 TEST_P(CoreTempMemory, TemperaturesAreBounded) {
     PublishedCoreTemp published(GetParam());
     for (const CoreTempCase& c : coreTempCases()) {
@@ -105,6 +125,16 @@ TEST(CoreTempMemories, OriginalRecordStandsInForAnExtendedOneThatCannotBeRead) {
     PublishedCoreTemp original(CoreTempMapping::Original);
     original.setName("original");
     EXPECT_EQ(readCoreTemp(kNoLibrary)->name, L"original");
+}
+
+TEST(CoreTempMemories, OriginalRecordStandsInForAnExtendedOneThatIsTooShort) {
+    PublishedCoreTemp extended(CoreTempMapping::Extended, 2685);
+    PublishedCoreTemp original(CoreTempMapping::Original);
+    extended.setName("extended");
+    original.setName("original");
+    const std::optional<CoreTempReading> reading = readCoreTemp(kNoLibrary);
+    ASSERT_TRUE(reading.has_value());
+    EXPECT_EQ(reading->name, L"original");
 }
 
 TEST(CoreTempMemories, NothingPublishedGivesNothing) {
@@ -136,6 +166,31 @@ TEST(CoreTempMemories, MappingIsClosedAfterEveryReading) {
         readCoreTemp(kNoLibrary);
     }
     EXPECT_EQ(greatestOfNextHandles(), before);
+}
+
+int viewsMapped = 0;
+int viewsUnmapped = 0;
+
+void* WINAPI countMapping(HANDLE mapping, DWORD access, DWORD offsetHigh, DWORD offsetLow, SIZE_T bytes) {
+    void* const view = MapViewOfFileEx(mapping, access, offsetHigh, offsetLow, bytes, nullptr);
+    viewsMapped += view != nullptr ? 1 : 0;
+    return view;
+}
+
+BOOL WINAPI countUnmapping(const void* view) {
+    ++viewsUnmapped;
+    return UnmapViewOfFileEx(const_cast<void*>(view), 0);
+}
+
+TEST(CoreTempMemories, ViewIsUnmappedAfterEveryReading) {
+    const PublishedCoreTemp published(CoreTempMapping::Extended);
+    const ImportOverride mapping("kernel32.dll", "MapViewOfFile", countMapping);
+    const ImportOverride unmapping("kernel32.dll", "UnmapViewOfFile", countUnmapping);
+    for (int reading = 1; reading <= 3; ++reading) {
+        readCoreTemp(kNoLibrary);
+        EXPECT_EQ(viewsMapped, reading);
+        EXPECT_EQ(viewsUnmapped, reading);
+    }
 }
 
 }  // namespace
