@@ -31,8 +31,10 @@ constexpr std::tuple kEntries = {
 }  // namespace
 
 std::unique_ptr<const AdlLibrary> AdlLibrary::load(bool& found) {
-    // In the system's usual search order, unlike the other vendors' libraries.
-    const HMODULE module = LoadLibraryW(Adl::kLibraryFile);
+    // Neither the current directory nor the PATH: either could hold somebody else's file of that name. The
+    // driver's own dependencies are looked for in the same two places.
+    const HMODULE module = LoadLibraryExW(
+        Adl::kLibraryFile, nullptr, LOAD_LIBRARY_SEARCH_APPLICATION_DIR | LOAD_LIBRARY_SEARCH_SYSTEM32);
     found = module != nullptr;
     if (!found) {
         return nullptr;

@@ -19,8 +19,9 @@ struct AdlEntries {
 /// AMD's driver library. It exists only with all of its entries.
 class AdlLibrary {
 public:
-    /// Null when the library is not there (`found` is then false) or lacks an entry. Once loaded it stays in
-    /// the process: the driver may have threads in it that outlive every context.
+    /// Loads the library from the system folder or from beside the program. Null when it is not there
+    /// (`found` is then false) or lacks an entry. Once loaded it stays in the process: the driver may have
+    /// threads in it that outlive every context.
     static std::unique_ptr<const AdlLibrary> load(bool& found);
 
     const AdlEntries& entries() const { return entries_; }

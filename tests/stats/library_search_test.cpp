@@ -35,11 +35,17 @@ std::filesystem::path programFolder() {
     return std::filesystem::path(path).parent_path();
 }
 
-/// A copy of a stand-in, removed at the end. The library must not be in the process any more then.
+std::filesystem::path folderOfModule(const wchar_t* name) {
+    wchar_t path[MAX_PATH] = L"";
+    EXPECT_GT(GetModuleFileNameW(GetModuleHandleW(name), path, MAX_PATH), 0u);
+    return std::filesystem::path(path).parent_path();
+}
+
+/// A copy of a library, which leaves the process and is removed at the end.
 class CopiedLibrary {
 public:
-    CopiedLibrary(const std::wstring& library, const std::filesystem::path& folder)
-        : copy_(folder / std::filesystem::path(library).filename()) {
+    CopiedLibrary(const std::filesystem::path& library, const std::filesystem::path& folder)
+        : copy_(folder / library.filename()) {
         // Never over a file that is there: it could be the machine's own driver.
         std::error_code error;
         std::filesystem::copy_file(library, copy_, error);
@@ -48,6 +54,9 @@ public:
     }
     ~CopiedLibrary() {
         if (copied_) {
+            while (const HMODULE module = GetModuleHandleW(copy_.filename().c_str())) {
+                FreeLibrary(module);
+            }
             std::error_code error;
             std::filesystem::remove(copy_, error);
             EXPECT_FALSE(error) << error.message();
@@ -61,14 +70,17 @@ private:
     bool copied_ = false;
 };
 
-class CurrentFolder {
+/// A folder that is the current one, stands in the PATH, and is where the program's own loads search.
+class OfferedFolder {
 public:
-    explicit CurrentFolder(const std::filesystem::path& folder) : before_(std::filesystem::current_path()) {
+    explicit OfferedFolder(const std::filesystem::path& folder) : before_(std::filesystem::current_path()) {
         std::filesystem::current_path(folder);
+        EXPECT_TRUE(SetEnvironmentVariableW(L"PATH", folder.c_str()));
+        EXPECT_TRUE(SetDllDirectoryW(folder.c_str()));
     }
-    ~CurrentFolder() { std::filesystem::current_path(before_); }
-    CurrentFolder(const CurrentFolder&) = delete;
-    CurrentFolder& operator=(const CurrentFolder&) = delete;
+    ~OfferedFolder() { std::filesystem::current_path(before_); }
+    OfferedFolder(const OfferedFolder&) = delete;
+    OfferedFolder& operator=(const OfferedFolder&) = delete;
 
 private:
     std::filesystem::path before_;
@@ -80,33 +92,78 @@ class LibrarySearch : public testing::Test {
 
 TEST_F(LibrarySearch, NvapiIsTakenFromTheSystemFolder) {
     const CopiedLibrary copy(Standins::vendorLibraryPath(VendorLibrary::Nvapi), systemFolder());
-    {
-        GpuNvidia gpu;
-        EXPECT_TRUE(gpu.initialise());
-    }
-    EXPECT_EQ(GetModuleHandleW(L"nvapi64.dll"), nullptr) << "the library goes with the source";
+    GpuNvidia gpu;
+    EXPECT_TRUE(gpu.initialise());
 }
 
-TEST_F(LibrarySearch, NvapiIsNotTakenFromBesideTheProgram) {
+TEST_F(LibrarySearch, NvapiIsNotTakenFromElsewhere) {
     const std::wstring library = Standins::vendorLibraryPath(VendorLibrary::Nvapi);
     const CopiedLibrary copy(library, programFolder());
-    const CurrentFolder current(std::filesystem::path(library).parent_path());
+    const OfferedFolder offered(std::filesystem::path(library).parent_path());
     GpuNvidia gpu;
     EXPECT_FALSE(gpu.initialise());
     EXPECT_EQ(gpu.lastError(), L"Failed to initialize Nvidia API: NVAPI_LIBRARY_NOT_FOUND");
+    EXPECT_EQ(GetModuleHandleW(L"nvapi64.dll"), nullptr);
 }
 
-TEST_F(LibrarySearch, AdlIsTakenFromTheLoadersPlaces) {
-    const std::filesystem::path library(Standins::vendorLibraryPath(VendorLibrary::Adl));
-    ASSERT_TRUE(SetDllDirectoryW(library.parent_path().c_str()));
+TEST_F(LibrarySearch, NvapiThatWasStartedStaysInTheProcess) {
+    const CopiedLibrary copy(Standins::vendorLibraryPath(VendorLibrary::Nvapi), systemFolder());
+    Standins::VirtualNvidia driver;
+    for (const std::int32_t status : {0, -6}) {
+        driver.setStatus(Standins::NvapiCall::Initialize, status);
+        {
+            GpuNvidia gpu;
+            EXPECT_EQ(gpu.initialise(), status == 0);
+        }
+        ASSERT_NE(GetModuleHandleW(L"nvapi64.dll"), nullptr) << status;
+        FreeLibrary(GetModuleHandleW(L"nvapi64.dll"));
+        EXPECT_EQ(GetModuleHandleW(L"nvapi64.dll"), nullptr) << "the source has loaded it once";
+    }
+}
+
+TEST_F(LibrarySearch, NvapiThatCannotBeStartedGoes) {
+    const CopiedLibrary copy(Standins::vendorLibraryPath(VendorLibrary::Nvapi), systemFolder());
+    Standins::VirtualNvidia driver;
+    driver.setMissing(Standins::NvapiCall::Initialize, true);
+    GpuNvidia gpu;
+    EXPECT_FALSE(gpu.initialise());
+    EXPECT_EQ(gpu.lastError(), L"Failed to initialize Nvidia API: NVAPI_NO_IMPLEMENTATION");
+    EXPECT_EQ(GetModuleHandleW(L"nvapi64.dll"), nullptr);
+}
+
+TEST_F(LibrarySearch, AdlIsTakenFromTheSystemFolderOrFromBesideTheProgram) {
+    for (const std::filesystem::path& folder : {systemFolder(), programFolder()}) {
+        const CopiedLibrary copy(Standins::vendorLibraryPath(VendorLibrary::Adl), folder);
+        GpuAmd gpu;
+        EXPECT_FALSE(gpu.initialise());
+        EXPECT_EQ(gpu.lastError(), L"ADL2: No AMD card found") << folder;
+        EXPECT_EQ(folderOfModule(L"atiadlxx.dll"), folder);
+    }
+}
+
+TEST_F(LibrarySearch, AdlBringsWhatItNeedsOfItsOwn) {
+    for (const std::filesystem::path& folder : {systemFolder(), programFolder()}) {
+        const std::wstring library = Standins::vendorLibraryPath(VendorLibrary::Adl, "with_helper");
+        const CopiedLibrary helper(std::filesystem::path(library).parent_path() / L"atihelper.dll", folder);
+        const CopiedLibrary copy(library, folder);
+        GpuAmd gpu;
+        EXPECT_FALSE(gpu.initialise());
+        EXPECT_EQ(gpu.lastError(), L"ADL2: No AMD card found") << folder;
+        EXPECT_EQ(folderOfModule(L"atihelper.dll"), folder);
+    }
+}
+
+TEST_F(LibrarySearch, AdlIsNotTakenFromElsewhere) {
+    const OfferedFolder offered(
+        std::filesystem::path(Standins::vendorLibraryPath(VendorLibrary::Adl)).parent_path());
     GpuAmd gpu;
     EXPECT_FALSE(gpu.initialise());
-    EXPECT_EQ(gpu.lastError(), L"ADL2: No AMD card found");
+    EXPECT_EQ(gpu.lastError(), L"Could not load AMD DLL");
+    EXPECT_EQ(GetModuleHandleW(L"atiadlxx.dll"), nullptr);
 }
 
 TEST_F(LibrarySearch, AdlStaysInTheProcess) {
-    const std::filesystem::path library(Standins::vendorLibraryPath(VendorLibrary::Adl));
-    ASSERT_TRUE(SetDllDirectoryW(library.parent_path().c_str()));
+    const CopiedLibrary copy(Standins::vendorLibraryPath(VendorLibrary::Adl), programFolder());
     {
         GpuAmd gpu;
         gpu.initialise();
@@ -125,11 +182,9 @@ TEST_F(LibrarySearch, CoreTempIsTakenFromTheSystemFolder) {
     EXPECT_NE(CoreTempLibrary::load(), nullptr);
 }
 
-TEST_F(LibrarySearch, CoreTempIsNotTakenFromTheCurrentFolderOrThePath) {
-    const std::filesystem::path folder =
-        std::filesystem::path(Standins::vendorLibraryPath(VendorLibrary::CoreTemp)).parent_path();
-    const CurrentFolder current(folder);
-    ASSERT_TRUE(SetEnvironmentVariableW(L"PATH", folder.c_str()));
+TEST_F(LibrarySearch, CoreTempIsNotTakenFromElsewhere) {
+    const OfferedFolder offered(
+        std::filesystem::path(Standins::vendorLibraryPath(VendorLibrary::CoreTemp)).parent_path());
     EXPECT_EQ(CoreTempLibrary::load(), nullptr);
 }
 

@@ -1,0 +1,3 @@
+#include "standins/adl/adl_helper.h"
+
+extern "C" __declspec(dllexport) void adlHelper() noexcept {}
