@@ -51,6 +51,10 @@ int answer(AdlCall call, std::int64_t first, std::int64_t second = 0) noexcept {
     return driver()->status(call);
 }
 
+bool handsOut(int status) noexcept {
+    return status == kOk || (driver() != nullptr && driver()->writesBeforeItFails());
+}
+
 std::int64_t number(const void* context) noexcept {
     return static_cast<std::int64_t>(reinterpret_cast<std::uintptr_t>(context));
 }
@@ -64,18 +68,18 @@ bool hasAdapter(int adapter) noexcept {
            adapter < static_cast<int>(VirtualRadeon::kMaxAdapters);
 }
 
-// Calls `give` with the adapter's figures when the script lets the call succeed and the adapter is there.
+// Calls `give` with the adapter's figures when the script lets the call hand out and the adapter is there.
 template <typename Give>
 int answerAboutAdapter(AdlCall call, const void* context, int adapter, const Give& give) noexcept {
     const int status = answer(call, number(context), adapter);
-    if (status != kOk) {
+    if (!handsOut(status)) {
         return status;
     }
     if (!hasAdapter(adapter)) {
         return kInvalidAdapter;
     }
     give(driver()->figures(static_cast<std::size_t>(adapter)));
-    return kOk;
+    return status;
 }
 
 }  // namespace
@@ -84,7 +88,7 @@ extern "C" {
 
 int ADL2_Main_Control_Create(MallocCallback* allocate, int enumConnectedAdapters, void** context) noexcept {
     const int status = answer(AdlCall::MainControlCreate, allocate != nullptr ? 1 : 0, enumConnectedAdapters);
-    if (status == kOk) {
+    if (handsOut(status)) {
         mallocCallback = allocate;
         *context = reinterpret_cast<void*>(++contextsCreated);
     }
@@ -97,7 +101,7 @@ int ADL2_Main_Control_Destroy(void* context) noexcept {
 
 int ADL2_Adapter_NumberOfAdapters_Get(void* context, int* count) noexcept {
     const int status = answer(AdlCall::AdapterNumberOfAdaptersGet, number(context));
-    if (status == kOk) {
+    if (handsOut(status)) {
         *count = driver()->adapterCount();
     }
     return status;
@@ -105,7 +109,7 @@ int ADL2_Adapter_NumberOfAdapters_Get(void* context, int* count) noexcept {
 
 int ADL2_Adapter_AdapterInfoX2_Get(void* context, void** infos) noexcept {
     const int status = answer(AdlCall::AdapterAdapterInfoX2Get, number(context));
-    if (status != kOk) {
+    if (!handsOut(status)) {
         return status;
     }
     const int count = std::clamp(driver()->adapterCount(), 0, static_cast<int>(VirtualRadeon::kMaxAdapters));
@@ -123,7 +127,7 @@ int ADL2_Adapter_AdapterInfoX2_Get(void* context, void** infos) noexcept {
         }
     }
     *infos = array;
-    return kOk;
+    return status;
 }
 
 int ADL2_Adapter_Active_Get(void* context, int adapter, int* active) noexcept {

@@ -10,7 +10,7 @@ namespace Standins {
 namespace {
 
 // "KADL" and the version of the layout below: raise it with every change.
-constexpr std::uint64_t kIdentity = 0x4B41'444C'0000'0001;
+constexpr std::uint64_t kIdentity = 0x4B41'444C'0000'0002;
 
 struct AdapterSlot {
     std::atomic<std::int32_t> activityPercent;
@@ -24,6 +24,7 @@ struct AdapterSlot {
 struct VirtualRadeon::Record {
     std::atomic<std::uint64_t> identity;
     std::atomic<std::int32_t> adapterCount;
+    std::atomic<std::uint32_t> writesBeforeItFails;
     std::array<AdapterSlot, kMaxAdapters> adapters;
     std::array<std::atomic<std::int32_t>, kAdlCallCount> statuses;
     CallLog log;
@@ -58,6 +59,10 @@ void VirtualRadeon::setStatus(AdlCall call, std::int32_t status) noexcept {
     record().statuses[static_cast<std::size_t>(call)] = status;
 }
 
+void VirtualRadeon::setWritesBeforeItFails(bool writes) noexcept {
+    record().writesBeforeItFails = writes ? 1 : 0;
+}
+
 CallLog& VirtualRadeon::log() noexcept {
     return record().log;
 }
@@ -68,6 +73,10 @@ std::uint64_t VirtualRadeon::callCount(AdlCall call) noexcept {
 
 std::int32_t VirtualRadeon::status(AdlCall call) const noexcept {
     return record().statuses[static_cast<std::size_t>(call)];
+}
+
+bool VirtualRadeon::writesBeforeItFails() const noexcept {
+    return record().writesBeforeItFails != 0;
 }
 
 std::int32_t VirtualRadeon::adapterCount() const noexcept {

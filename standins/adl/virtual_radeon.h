@@ -47,6 +47,8 @@ public:
     void setFigures(std::size_t adapter, const RadeonFigures& figures) noexcept;
     /// What the call answers; it hands nothing out unless that is 0.
     void setStatus(AdlCall call, std::int32_t status) noexcept;
+    /// Calls that fail hand out what they would if they had succeeded.
+    void setWritesBeforeItFails(bool writes) noexcept;
 
     CallLog& log() noexcept;
     std::uint64_t callCount(AdlCall call) noexcept;
@@ -54,6 +56,7 @@ public:
     // The library's side.
 
     std::int32_t status(AdlCall call) const noexcept;
+    bool writesBeforeItFails() const noexcept;
     std::int32_t adapterCount() const noexcept;
     RadeonFigures figures(std::size_t adapter) const noexcept;
     /// Copies kNameLength bytes.

@@ -3,7 +3,9 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <cstring>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "standins/adl/virtual_radeon.h"
@@ -11,6 +13,7 @@
 #include "tests/stats/preloaded_library.h"
 #include "tests/stats/private_memory.h"
 #include "tests/stats/standin_session.h"
+#include "tests/support/import_override.h"
 
 namespace {
 
@@ -44,6 +47,16 @@ private:
 protected:
     VirtualRadeon driver_;
 };
+
+void (*heapFree)(void*) = nullptr;
+
+/// What is read after it was freed shows.
+void scribbleAndFree(void* memory) {
+    if (memory != nullptr) {
+        std::memset(memory, 0xDD, _msize(memory));
+    }
+    heapFree(memory);
+}
 
 class GpuAmdDriver : public GpuAmdBase, public testing::Test {
     PreloadedLibrary library_{Standins::vendorLibraryPath(VendorLibrary::Adl)};
@@ -159,6 +172,39 @@ TEST_F(GpuAmdDriver, NameThatFillsItsFieldIsTakenWhole) {
     EXPECT_EQ(gpu.name(), std::wstring(256, L'N'));
 }
 
+TEST_F(GpuAmdDriver, NameIsReadBeforeTheListIsFreed) {
+    const ImportOverride scribbling("msvcrt.dll", "free", scribbleAndFree);
+    heapFree = scribbling.original<decltype(scribbleAndFree)>();
+    GpuAmd gpu;
+    ASSERT_TRUE(gpu.initialise());
+    EXPECT_EQ(gpu.name(), L"Radeon Test 900");
+}
+
+TEST_F(GpuAmdDriver, FigureIsGoneWhenItCannotBeReadAnyMore) {
+    GpuAmd gpu;
+    ASSERT_TRUE(gpu.initialise());
+    for (int round = 0; round < 2; ++round) {
+        driver_.setStatus(AdlCall::Overdrive6CurrentStatusGet, 0);
+        driver_.setStatus(AdlCall::Overdrive6TemperatureGet, 0);
+        GpuStats stats = gpu.sample();
+        EXPECT_EQ(stats.load, 42);
+        EXPECT_EQ(stats.coreClock, 1'200'000u);
+        EXPECT_EQ(stats.temperature, 45);
+
+        driver_.setStatus(AdlCall::Overdrive6CurrentStatusGet, -1);
+        stats = gpu.sample();
+        EXPECT_EQ(stats.load, 0);
+        EXPECT_EQ(stats.coreClock, 0u);
+        EXPECT_FALSE(stats.loadValid || stats.coreClockValid);
+        EXPECT_TRUE(stats.temperatureValid);
+
+        driver_.setStatus(AdlCall::Overdrive6TemperatureGet, -1);
+        stats = gpu.sample();
+        EXPECT_EQ(stats.temperature, 0);
+        EXPECT_FALSE(stats.temperatureValid);
+    }
+}
+
 TEST_F(GpuAmdDriver, ListOfAdaptersIsFreed) {
     constexpr int kWarmUp = 100;
     constexpr int kRounds = 20'000;
@@ -248,8 +294,10 @@ void expectOutcome(AdlCall failing, GpuAmd& gpu) {
 
 TEST_P(GpuAmdFaults, FailedCallHasItsOwnOutcome) {
     const PreloadedLibrary library(Standins::vendorLibraryPath(VendorLibrary::Adl));
-    // ADL's positive results are qualified successes, and count as failures all the same.
-    for (const int status : {-1, 1}) {
+    // ADL's positive results are qualified successes, and count as failures all the same. What a failed call
+    // has written does not count.
+    for (const auto& [status, writes] : {std::pair(-1, false), std::pair(1, false), std::pair(-1, true)}) {
+        driver_.setWritesBeforeItFails(writes);
         driver_.log().clear();
         driver_.setStatus(GetParam().call, status);
         {
