@@ -13,5 +13,12 @@ inline constexpr std::int32_t kGamepadBatteryLow = 3;
 inline constexpr std::int32_t kGamepadBatteryMedium = 4;
 inline constexpr std::int32_t kGamepadBatteryFull = 5;
 
+// XInput's battery types and levels, for builds that do not have xinput.h.
+
+inline constexpr std::uint8_t kXinputTypeWired = 1;
+inline constexpr std::uint8_t kXinputTypeAlkaline = 2;
+inline constexpr std::uint8_t kXinputTypeNimh = 3;
+inline constexpr std::uint8_t kXinputLevelFull = 3;
+
 /// The code for XInput's battery type and level.
 std::int32_t gamepadBatteryCode(std::uint8_t type, std::uint8_t level);

@@ -93,6 +93,18 @@ TEST_F(GamepadBattery, BatteryThatCannotBeReadIsZero) {
     EXPECT_EQ(gamepads_.callCount(XinputCall::GetBatteryInformation), 1u);
 }
 
+TEST_F(GamepadBattery, BatteryThatCannotBeReadAnyMoreIsZero) {
+    gamepads_.setConnected(0, true);
+    gamepads_.setBattery(0, kNimh, 3);
+    EXPECT_EQ(readGamepadBattery(), 5);
+    gamepads_.setBatteryResult(ERROR_DEVICE_NOT_CONNECTED);
+    EXPECT_EQ(readGamepadBattery(), 0);
+    gamepads_.setBatteryResult(ERROR_SUCCESS);
+    EXPECT_EQ(readGamepadBattery(), 5);
+    gamepads_.setConnected(0, false);
+    EXPECT_EQ(readGamepadBattery(), 0);
+}
+
 // What this program imports from a library: ordinals, or 0 for an import by name.
 std::vector<std::uint64_t> importsFrom(const char* library) {
     const auto* const image = reinterpret_cast<const char*>(GetModuleHandleW(nullptr));
