@@ -210,6 +210,17 @@ TEST_F(UnreadMail, SumStaysPositive) {
     EXPECT_EQ(readUnreadMail(), 0x7FFF'FFFF);
 }
 
+TEST_F(UnreadMail, EveryKeyIsClosedWhenACountCannotBeRead) {
+    addAccount(L"aaaa", 3);
+    addAccountWithoutCount(L"bbb");
+    ASSERT_EQ(readUnreadMail(), -1);
+    const std::uintptr_t before = greatestOfNextHandles();
+    for (int i = 0; i < 500; ++i) {
+        readUnreadMail();
+    }
+    EXPECT_EQ(greatestOfNextHandles(), before);
+}
+
 TEST_F(UnreadMail, EveryKeyIsClosed) {
     for (int length = 20; length > 0; --length) {
         addAccount(std::wstring(1, static_cast<wchar_t>(L'z' - length)) +
