@@ -45,8 +45,8 @@ static_assert(offsetof(AdapterInfo, strAdapterName) == 280);
 static_assert(offsetof(AdapterInfo, strDisplayName) == 536);
 static_assert(offsetof(AdapterInfo, iOSDisplayIndex) == 1568);
 
-/// The reference lists these members by name, not in their order; this is the order that the vendor's header
-/// is known for. No size or version member tells which is right.
+/// The reference lists these members by name, not in their order; the order is that of several independent
+/// public declarations, which agree. There is no size or version member.
 struct ADLOD6CurrentStatus {
     /// In units of 10 kHz.
     int iEngineClock;
