@@ -94,6 +94,10 @@ function(kelvaro_tests name)
         ${name}
         DISCOVERY_MODE PRE_TEST
         DISCOVERY_TIMEOUT 120
-        PROPERTIES TIMEOUT 120 ${arg_PROPERTIES}
+        PROPERTIES
+            TIMEOUT 120
+            # Not universal time, no whole hours off it, and in a form that the C runtime does not know.
+            ENVIRONMENT_MODIFICATION TZ=set:America/St_Johns
+            ${arg_PROPERTIES}
     )
 endfunction()

@@ -2,10 +2,10 @@
 
 #include <windows.h>
 
-#include <ctime>
 #include <optional>
 #include <utility>
 
+#include "framework/core/local_time.h"
 #include "framework/drawing/sys_exception.h"
 #include "stats/clock_text.h"
 #include "stats/core_temp_reading.h"
@@ -115,10 +115,6 @@ void SystemInfo::sampleUnreadMail() {
 }
 
 std::wstring SystemInfo::dateTimeText() {
-    const std::time_t now = std::time(nullptr);
-    if (_localtime64_s(&timeRecord, &now) != 0) {
-        // The runtime fills the record with -1 then.
-        timeRecord = {};
-    }
+    timeRecord = Panelix::localTime();
     return clockText(timeRecord);
 }

@@ -7,20 +7,17 @@
 
 #include <array>
 #include <cstddef>
-#include <ctime>
 #include <cwchar>
 #include <memory>
 #include <new>
 
+#include "framework/core/local_time.h"
 #include "framework/drawing/screenshot_name.h"
 
 namespace Panelix {
 
 std::wstring screenshotTimeText() {
-    const __time64_t now = _time64(nullptr);
-    std::tm local{};
-    _localtime64_s(&local, &now);
-    return screenshotTimeText(local);
+    return screenshotTimeText(localTime());
 }
 
 int findEncoderClsid(const wchar_t* mimeType, CLSID* clsid) noexcept {

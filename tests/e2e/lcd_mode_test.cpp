@@ -11,9 +11,11 @@
 #include <thread>
 #include <vector>
 
+#include "framework/drawing/screenshot_name.h"
 #include "tests/e2e/kelvaro_on_keyboard.h"
 #include "tests/support/busy_processors.h"
 #include "tests/support/desktop_driver.h"
+#include "tests/support/system_local_time.h"
 
 namespace {
 
@@ -160,8 +162,16 @@ std::vector<std::wstring> screenshots() {
     return files;
 }
 
-TEST_F(KelvaroOnTheKeyboard, DownSavesOneScreenshotInTheDocumentsFolder) {
+/// Date and hour as a screenshot of that time bears them.
+std::wstring dateAndHour(const std::tm& time) {
+    const std::wstring text = Panelix::screenshotTimeText(time);
+    return text.substr(0, text.find(L'-', text.find(L' ')) + 1);
+}
+
+// CTest gives the program a TZ that the C runtime takes for universal time.
+TEST_F(KelvaroOnTheKeyboard, DownSavesOneScreenshotInTheDocumentsFolderNamedByTheLocalTime) {
     const auto before = screenshots();
+    const std::wstring earliest = dateAndHour(systemLocalTime());
     const ChildProcess kelvaro(kKelvaroProgram);
     ASSERT_TRUE(waitForPasses(3));
     press(LcdSdk::kButtonDown);
@@ -170,6 +180,10 @@ TEST_F(KelvaroOnTheKeyboard, DownSavesOneScreenshotInTheDocumentsFolder) {
         return std::find(before.begin(), before.end(), file) != before.end();
     });
     ASSERT_EQ(files.size(), 1U);
+    const std::wstring name = files.front().substr(files.front().rfind(L'\\') + 1);
+    EXPECT_THAT(name,
+                testing::AnyOf(testing::StartsWith(L"kelvaro shot " + earliest),
+                               testing::StartsWith(L"kelvaro shot " + dateAndHour(systemLocalTime()))));
     WIN32_FILE_ATTRIBUTE_DATA data{};
     ASSERT_NE(GetFileAttributesExW(files.front().c_str(), GetFileExInfoStandard, &data), FALSE);
     // A file header, an info header and at least 24 bits for each pixel.

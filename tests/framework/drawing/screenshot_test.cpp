@@ -6,7 +6,6 @@
 
 #include <gtest/gtest.h>
 
-#include <ctime>
 #include <filesystem>
 #include <fstream>
 #include <string>
@@ -19,6 +18,7 @@
 #include "tests/support/import_override.h"
 #include "tests/support/message_box_watcher.h"
 #include "tests/support/registry_override.h"
+#include "tests/support/system_local_time.h"
 #include "tests/support/temporary_folder.h"
 
 using Panelix::Canvas;
@@ -180,11 +180,9 @@ TEST_F(Screenshot, AnExistingFileIsOverwritten) {
     page_.fill(0xFF123456);
     compose(page_);
     // Every name that the shot may get while this test runs.
-    const std::time_t now = std::time(nullptr);
-    for (std::time_t second = now; second < now + 10; ++second) {
-        std::tm local{};
-        localtime_s(&local, &second);
-        std::ofstream(std::filesystem::path(folder_.path()) / fileName(screenshotTimeText(local))) << "else";
+    for (unsigned second = 0; second < 10; ++second) {
+        const std::wstring name = fileName(screenshotTimeText(systemLocalTime(second)));
+        std::ofstream(std::filesystem::path(folder_.path()) / name) << "else";
     }
     canvas_.saveScreenshot();
     EXPECT_EQ(folder_.files().size(), 10U);
@@ -206,10 +204,7 @@ TEST(ScreenshotTime, IsTheLocalTimeOfNow) {
     // The second may change between two readings of the clock, but not in every round.
     bool same = false;
     for (int round = 0; round < 10 && !same; ++round) {
-        const std::time_t now = std::time(nullptr);
-        const std::tm* local = std::localtime(&now);
-        ASSERT_NE(local, nullptr);
-        same = screenshotTimeText() == screenshotTimeText(*local);
+        same = screenshotTimeText() == screenshotTimeText(systemLocalTime());
     }
     EXPECT_TRUE(same);
 }
