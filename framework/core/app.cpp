@@ -22,7 +22,8 @@ constexpr float kTransitionStep = 0.1F;
 /// The preview window's procedure has no other way to the application.
 App* currentApp = nullptr;
 
-/// The monotonic clock: a changed wall clock must not stretch or swallow a wait.
+/// The monotonic clock: a changed wall clock must not stretch or swallow a wait. It counts standby too, which
+/// shortens at most the wait of the pass that it falls into; the clock that leaves standby out is too coarse.
 std::int64_t nowMs() {
     const auto sinceStart = std::chrono::steady_clock::now().time_since_epoch();
     return std::chrono::duration_cast<std::chrono::milliseconds>(sinceStart).count();

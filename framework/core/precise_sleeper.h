@@ -15,7 +15,8 @@ class PreciseSleeper {
 public:
     PreciseSleeper();
 
-    /// Sleeps until `ms` milliseconds from now; at once when it is not positive.
+    /// Sleeps until `ms` milliseconds from now; at once when it is not positive. Standby in between does not
+    /// count: what was left of the sleep follows it.
     void sleepFor(std::int64_t ms) const;
 
 private:

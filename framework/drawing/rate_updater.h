@@ -7,7 +7,9 @@ namespace Panelix {
 /// Base of a data source that refreshes itself at a fixed period, however often it is ticked. No thread and
 /// no timer: its owner calls tick() as often as it likes. One thread.
 ///
-/// The clock is the monotonic one: setting the wall clock neither stops the updates nor bunches them.
+/// The clock counts the time for which the machine is awake: setting the wall clock neither stops the updates
+/// nor bunches them, and a night in standby or hibernation is not caught up with. It moves in ticks of up to
+/// 15.6 ms, so an update may come that much late; the schedule does not add these delays up.
 class RateUpdater {
 public:
     /// `periodMs`: time between two updates in milliseconds.

@@ -16,9 +16,11 @@
 #include "tests/framework/core/lcd_fixture.h"
 #include "tests/framework/core/probe_app.h"
 #include "tests/support/gdiplus_ledger.h"
+#include "tests/support/virtual_time.h"
 
 namespace {
 
+using namespace std::chrono_literals;
 using Panelix::LcdButton;
 using Panelix::LcdButtons;
 using Panelix::Page;
@@ -246,26 +248,6 @@ TEST_F(AppWithKeyboard, ASlideHasTenFramesFromOneTenthToItsEnd) {
     EXPECT_GT(firstBlueColumn(shown[0]), 280);
 }
 
-TEST_F(AppWithKeyboard, PassesAreFastDuringASlideOnly) {
-    app.emplace(200);
-    auto page = std::make_unique<ProbePage>("main", &*app, &log, Gdiplus::Color(kRed));
-    ProbePage* only = page.get();
-    int left = 15;
-    only->onUpdate = [&left](const LcdButtons&) { return --left > 0; };
-    app->SetMainPage(std::move(page));
-    app->SwitchPage(only, TransitionKind::SlideFromTop);
-    app->Run();
-    const auto shown = frames();
-    ASSERT_EQ(shown.size(), 15U);
-    const auto lengthMs = [&shown](std::size_t from, std::size_t to) {
-        return static_cast<double>(shown[to].timeUs - shown[from].timeUs) / 1000.0;
-    };
-    // Nine waits of 16 ms, then the tenth slide pass ends the slide and waits out the whole period.
-    EXPECT_GE(lengthMs(0, 9), 9 * 16 - 9);
-    EXPECT_LT(lengthMs(0, 9), 5 * 200);
-    EXPECT_GE(lengthMs(10, 14), 4 * 200 - 4);
-}
-
 TEST_F(AppWithKeyboard, SwitchingBackInTheMiddleOfASlideContinuesFromTheMirroredPlace) {
     onPass = [this](int number, const LcdButtons&) {
         if (number == 4) {
@@ -316,6 +298,72 @@ TEST_F(AppWithKeyboard, ALongPassIsFollowedByNoWaitUnlessSomethingModalRanInIt) 
             EXPECT_LT(shortestMs, 158.0);
         }
     }
+}
+
+/// The same with time in the test's hands and a period of 66 ms.
+class AppInVirtualTime : public AppWithKeyboard {
+protected:
+    AppInVirtualTime() {
+        app.emplace(66);
+        auto page = std::make_unique<ProbePage>("main", &*app, &log);
+        main = page.get();
+        main->onUpdate = [this](const LcdButtons&) {
+            ++pass;
+            if (onPass) {
+                onPass(pass, {});
+            }
+            return pass < passes;
+        };
+        app->SetMainPage(std::move(page));
+    }
+
+    VirtualTime time;
+};
+
+TEST_F(AppInVirtualTime, PassesAreFastDuringASlideOnly) {
+    onPass = [this](int, const LcdButtons&) { time.pass(1ms); };
+    app->SwitchPage(main, TransitionKind::SlideFromTop);
+    run(12);
+    // The tenth pass of the slide ends it and waits out the whole period.
+    std::vector<double> expected(9, 15.0);
+    expected.insert(expected.end(), 3, 65.0);
+    EXPECT_EQ(time.sleptMs, expected);
+}
+
+TEST_F(AppInVirtualTime, WhatIsModalMakesTheWaitOfItsOwnPassFullAndOfNoOther) {
+    onPass = [this](int number, const LcdButtons&) {
+        // Passes 2 and 4 are longer than the period, and pass 2 was modal.
+        time.pass(number == 2 || number == 4 ? 10s : 6ms);
+        if (number == 2) {
+            app->requestFullWait();
+        }
+    };
+    run(5);
+    EXPECT_THAT(time.sleptMs, ElementsAre(60.0, 66.0, 60.0, 60.0));
+}
+
+TEST_F(AppInVirtualTime, WhatWasModalBeforeTheFirstPassConcernsNoPass) {
+    onPass = [this](int, const LcdButtons&) { time.pass(10ms); };
+    app->requestFullWait();
+    run(2);
+    EXPECT_THAT(time.sleptMs, ElementsAre(56.0, 56.0));
+}
+
+TEST_F(AppInVirtualTime, StandbyInsideAPassOrInsideItsWaitDisturbsNoOtherPass) {
+    onPass = [this](int number, const LcdButtons&) {
+        time.pass(6ms);
+        if (number == 2) {
+            time.standBy(8h);
+        }
+    };
+    time.onSleep = [this] {
+        // The wait of pass 3: pass 2 has none.
+        if (time.sleptMs.size() == 2) {
+            time.standBy(8h);
+        }
+    };
+    run(5);
+    EXPECT_THAT(time.sleptMs, ElementsAre(60.0, 60.0, 60.0, 60.0));
 }
 
 TEST_F(AppWithKeyboard, DeletesThePagesInListOrderAndThenEndsTheLcd) {
