@@ -16,6 +16,7 @@
 #include "tests/framework/core/lcd_fixture.h"
 #include "tests/framework/core/probe_app.h"
 #include "tests/support/gdiplus_ledger.h"
+#include "tests/support/import_recorder.h"
 #include "tests/support/virtual_time.h"
 
 namespace {
@@ -366,6 +367,27 @@ TEST_F(AppInVirtualTime, StandbyInsideAPassOrInsideItsWaitDisturbsNoOtherPass) {
     EXPECT_THAT(time.sleptMs, ElementsAre(60.0, 60.0, 60.0, 60.0));
 }
 
+TEST_F(AppWithKeyboard, ASecondSlideStartsAnewOnceTheFirstIsOver) {
+    onPass = [this](int number, const LcdButtons&) {
+        if (number == 12) {
+            app->SwitchPage(main, TransitionKind::SlideFromLeft);
+        }
+    };
+    app->SwitchPage(other, TransitionKind::SlideFromRight);
+    run(23);
+    const auto shown = frames();
+    ASSERT_EQ(shown.size(), 23U);
+    EXPECT_EQ(firstBlueColumn(shown[10]), 0);
+    float progress = 0.0F;
+    for (std::size_t i = 11; i < 21; ++i) {
+        progress = std::min(progress + 0.1F, 1.0F);
+        const auto offsets = Panelix::slideOffsets(progress, TransitionKind::SlideFromLeft);
+        EXPECT_EQ(firstBlueColumn(shown[i]), std::min(offsets.previousX, 320)) << "frame " << i;
+    }
+    EXPECT_LT(firstBlueColumn(shown[11]), 40);
+    EXPECT_EQ(firstBlueColumn(shown[21]), 320);
+}
+
 TEST_F(AppWithKeyboard, DeletesThePagesInListOrderAndThenEndsTheLcd) {
     std::vector<std::uint64_t> shutdowns;
     for (ProbePage* page : {main, other}) {
@@ -387,6 +409,47 @@ TEST_F(AppWithKeyboard, NothingOfPagesAndCanvasIsLeftWhenGdiplusEnds) {
     app.reset();
     EXPECT_EQ(ledger.outstandingAtTheEnd(), GdiplusLedger::Numbers{});
     EXPECT_EQ(ledger.outstanding(), GdiplusLedger::Numbers{});
+}
+
+/// Whether the calling thread is in a COM apartment.
+bool isInComApartment() {
+    APTTYPE type{};
+    APTTYPEQUALIFIER qualifier{};
+    return CoGetApartmentType(&type, &qualifier) != CO_E_NOTINITIALIZED;
+}
+
+TEST_F(AppWithKeyboard, EndsThePagesThenGdiplusThenTheLcdThenCom) {
+    std::vector<std::string> ends;
+    const auto note = [&](const std::string& what) {
+        ends.push_back(what + (keyboard.callCount(LcdCall::Shutdown) == 0 ? " with LCD" : " without LCD"));
+    };
+    ImportRecorder<&Gdiplus::GdiplusShutdown> gdiplus("gdiplus.dll", "GdiplusShutdown");
+    ImportRecorder<&CoUninitialize> com("ole32.dll", "CoUninitialize");
+    main->onDestroy = [&] { note("main"); };
+    other->onDestroy = [&] { note("other"); };
+    gdiplus.onCall([&] { note("GDI+"); });
+    com.onCall([&] { note("COM"); });
+    ASSERT_TRUE(isInComApartment());
+    app.reset();
+    EXPECT_THAT(ends, ElementsAre("main with LCD", "other with LCD", "GDI+ with LCD", "COM without LCD"));
+    EXPECT_FALSE(isInComApartment());
+}
+
+TEST_F(WithKeyboard, AnApplicationThatCannotBeMadeLeavesNeitherComNorTheLcd) {
+    keyboard.setRefuseInit(true);
+    {
+        // No LCD, and the window that takes its place is refused.
+        ImportRecorder<&CreateWindowExW> windows("USER32.dll", "CreateWindowExW");
+        windows.failWith(nullptr);
+        EXPECT_THROW(ProbeApp(), SysException);
+        EXPECT_EQ(windows.count(), 1U);
+    }
+    EXPECT_FALSE(isInComApartment());
+    EXPECT_EQ(Panelix::App::current(), nullptr);
+    EXPECT_EQ(keyboard.callCount(LcdCall::Shutdown), 0U) << "what never began does not end";
+    keyboard.setRefuseInit(false);
+    const ProbeApp app;
+    EXPECT_EQ(app.window(), nullptr) << "the next one is as if nothing had been";
 }
 
 TEST_F(AppWithKeyboard, WhatAPageThrowsLeavesTheLoop) {
@@ -487,6 +550,29 @@ TEST_F(AppWithoutKeyboard, StopsPumpingAtTheQuitMessage) {
     app.Run();
     MSG message;
     EXPECT_NE(PeekMessageW(&message, nullptr, WM_APP + 1, WM_APP + 1, PM_REMOVE), FALSE);
+}
+
+TEST_F(AppWithoutKeyboard, AnErrorOfACommandLeavesTheLoopOnceAndTheLoopCanGoOn) {
+    auto page = std::make_unique<ProbePage>("main", &app, &log);
+    int updates = 0;
+    page->onUpdate = [&updates](const LcdButtons&) { return ++updates < 3; };
+    app.SetMainPage(std::move(page));
+    app.onCommand = [](std::uint32_t command) {
+        throw SysException(command == 0x8004 ? L"the first" : L"a later one", L"Test");
+    };
+    // Sent messages are not dispatched by the loop, as those that come in while a box is open.
+    SendMessageW(app.window(), WM_COMMAND, 0x8004, 0);
+    SendMessageW(app.window(), WM_COMMAND, 0x8005, 0);
+    PostMessageW(app.window(), WM_NULL, 0, 0);
+    try {
+        app.Run();
+        FAIL() << "nothing was thrown";
+    } catch (const SysException& error) {
+        EXPECT_EQ(error.message, L"the first");
+    }
+    PostMessageW(app.window(), WM_NULL, 0, 0);
+    EXPECT_NO_THROW(app.Run());
+    EXPECT_EQ(updates, 3);
 }
 
 TEST_F(AppWithoutKeyboard, CommandsFromTheWindowReachTheApplicationAndTheirErrorsLeaveTheLoop) {
