@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <array>
 #include <cstddef>
+#include <string_view>
 
 #include "framework/core/exported_function.h"
 #include "framework/core/lcd_sdk_abi.h"
@@ -48,6 +49,26 @@ bool readLibraryPath(LibraryPath& path) {
     return std::find(path.begin(), path.end(), L'\0') != path.end();
 }
 
+bool isFullPath(std::wstring_view path) {
+    const bool onDrive = path.size() > 2 && path[1] == L':' && (path[2] == L'\\' || path[2] == L'/');
+    return onDrive || path.starts_with(L"\\\\");
+}
+
+/// Null when the library does not load. Nothing is taken from the current directory or along PATH, where
+/// anybody may have put it: neither the library nor what it needs itself.
+HMODULE loadLibrary(const wchar_t* path) {
+    const std::wstring_view text = path;
+    if (isFullPath(text)) {
+        return LoadLibraryExW(
+            path, nullptr, LOAD_LIBRARY_SEARCH_DLL_LOAD_DIR | LOAD_LIBRARY_SEARCH_DEFAULT_DIRS);
+    }
+    // A folder without a full path would count from the current directory or from the current drive.
+    if (text.find_first_of(L"\\/:") != std::wstring_view::npos) {
+        return nullptr;
+    }
+    return LoadLibraryExW(path, nullptr, LOAD_LIBRARY_SEARCH_APPLICATION_DIR | LOAD_LIBRARY_SEARCH_SYSTEM32);
+}
+
 template <typename Function>
 void lookUp(HMODULE library, const char* name, Function*& slot) {
     slot = exportedFunction<Function>(library, name);
@@ -60,7 +81,7 @@ bool LoadLcdLibrary(const wchar_t* friendlyName, int lcdType) {
     if (!readLibraryPath(path)) {
         return false;
     }
-    const HMODULE library = LoadLibraryW(path.data());
+    const HMODULE library = loadLibrary(path.data());
     if (library == nullptr) {
         return false;
     }

@@ -2,6 +2,7 @@
 
 #include <gmock/gmock.h>
 
+#include <array>
 #include <functional>
 #include <string>
 #include <thread>
@@ -11,6 +12,7 @@
 #include "app/resource_ids.h"
 #include "standins/lcd_sdk/standin_paths.h"
 #include "tests/e2e/desktop_fixture.h"
+#include "tests/support/temporary_folder.h"
 
 namespace {
 
@@ -47,6 +49,27 @@ ScreenPicture pictureOfMenu(const std::vector<const wchar_t*>& texts) {
     return picture;
 }
 
+/// The machine's PATH and current directory, as programs that are started now get them.
+class StartingFolder {
+public:
+    explicit StartingFolder(const std::wstring& folder) {
+        GetCurrentDirectoryW(static_cast<DWORD>(directory_.size()), directory_.data());
+        GetEnvironmentVariableW(L"PATH", path_.data(), static_cast<DWORD>(path_.size()));
+        EXPECT_NE(SetCurrentDirectoryW(folder.c_str()), FALSE);
+        EXPECT_NE(SetEnvironmentVariableW(L"PATH", (folder + L";" + path_.data()).c_str()), FALSE);
+    }
+    ~StartingFolder() {
+        SetEnvironmentVariableW(L"PATH", path_.data());
+        SetCurrentDirectoryW(directory_.data());
+    }
+    StartingFolder(const StartingFolder&) = delete;
+    StartingFolder& operator=(const StartingFolder&) = delete;
+
+private:
+    std::array<wchar_t, MAX_PATH> directory_{};
+    std::array<wchar_t, 32'767> path_{};
+};
+
 TEST_F(KelvaroOnTheDesktop, StartsHiddenAtTheBottomRightOfTheWorkAreaWithATrayIcon) {
     start();
     EXPECT_EQ(IsWindowVisible(window), FALSE);
@@ -70,6 +93,19 @@ TEST_F(KelvaroOnTheDesktop, IsWhatEveryFailureOfTheLcdLibraryLeadsTo) {
                                         std::wstring(kKelvaroProgram),
                                         Standins::lcdSdkPathWithout("LogiLcdInit")}) {
         const LcdRegistrationScope registration(library);
+        start();
+        choose(kExitItem);
+        EXPECT_EQ(kelvaro->waitForExit(), DWORD{0});
+    }
+}
+
+TEST_F(KelvaroOnTheDesktop, IsWhatAnLcdLibraryLeadsToThatIsPlantedWhereTheProgramIsStarted) {
+    const TemporaryFolder folder;
+    ASSERT_NE(CopyFileW(Standins::lcdSdkPath().c_str(), (folder.path() + L"\\planted_lcd.dll").c_str(), TRUE),
+              FALSE);
+    const StartingFolder starting(folder.path());
+    for (const wchar_t* value : {L"planted_lcd.dll", L".\\planted_lcd.dll"}) {
+        const LcdRegistrationScope registration(value);
         start();
         choose(kExitItem);
         EXPECT_EQ(kelvaro->waitForExit(), DWORD{0});

@@ -16,6 +16,7 @@
 #include "tests/support/busy_processors.h"
 #include "tests/support/desktop_driver.h"
 #include "tests/support/system_local_time.h"
+#include "tests/support/temporary_folder.h"
 
 namespace {
 
@@ -41,6 +42,19 @@ TEST_F(KelvaroOnTheKeyboard, AnnouncesItselfShowsFramesAndEndsThroughItsOptionsP
     EXPECT_EQ(keyboard.callCount(LcdCall::Shutdown), 1U);
     EXPECT_EQ(keyboard.callCount(LcdCall::IsConnected), 0U);
     EXPECT_EQ(keyboard.callCount(LcdCall::ColorSetBackground), keyboard.callCount(LcdCall::Update));
+}
+
+TEST_F(KelvaroOnTheKeyboard, FindsALibraryThatIsRegisteredByItsNameBesideItself) {
+    const TemporaryFolder folder;
+    const std::wstring program = folder.path() + L"\\Kelvaro.exe";
+    ASSERT_NE(CopyFileW(kKelvaroProgram, program.c_str(), TRUE), FALSE);
+    ASSERT_NE(CopyFileW(Standins::lcdSdkPath().c_str(), (folder.path() + L"\\beside_lcd.dll").c_str(), TRUE),
+              FALSE);
+    const LcdRegistrationScope byName(L"beside_lcd.dll");
+    const ChildProcess kelvaro(program);
+    EXPECT_TRUE(waitForPasses(2));
+    exitByButtons();
+    EXPECT_EQ(kelvaro.waitForExit(), DWORD{0});
 }
 
 TEST_F(KelvaroOnTheKeyboard, EveryPassPollsTheSevenButtonsThenShowsOneFrame) {

@@ -2,13 +2,18 @@
 
 #include <windows.h>
 
+#include <gmock/gmock.h>
+
 #include <algorithm>
 #include <array>
+#include <cstdlib>
 #include <vector>
 
 #include "framework/core/lcd_library.h"
 #include "framework/core/lcd_sdk_abi.h"
 #include "tests/framework/core/lcd_fixture.h"
+#include "tests/support/import_recorder.h"
+#include "tests/support/temporary_folder.h"
 
 namespace {
 
@@ -16,6 +21,7 @@ using Panelix::LcdButton;
 using Panelix::LcdDevice;
 using Panelix::LcdFrame;
 using Standins::LcdCall;
+using testing::ElementsAre;
 namespace LcdSdk = Panelix::LcdSdk;
 
 /// Path of the registered library in the longest form that is taken: 259 characters and the terminator.
@@ -148,6 +154,41 @@ TEST_F(LcdDeviceWithKeyboard, AFrameReachesTheLcdByteForByteWithTheNextUpdate) {
     EXPECT_EQ(keyboard.lastFrame()->pixels, expected);
 }
 
+/// Counts how often one address is freed.
+class FreeCounter {
+public:
+    explicit FreeCounter(const void* address) : override_("msvcrt.dll", "free", countedFree) {
+        count = 0;
+        watched = address;
+        original = override_.original<decltype(free)>();
+    }
+    ~FreeCounter() { watched = nullptr; }
+    FreeCounter(const FreeCounter&) = delete;
+    FreeCounter& operator=(const FreeCounter&) = delete;
+
+    inline static int count = 0;
+
+private:
+    static void countedFree(void* address) {
+        count += address != nullptr && address == watched ? 1 : 0;
+        original(address);
+    }
+
+    inline static const void* watched = nullptr;
+    inline static void (*original)(void*) = nullptr;
+
+    ImportOverride override_;
+};
+
+TEST_F(LcdDeviceWithKeyboard, AFrameIsFreedOnceTheLcdHasIt) {
+    ASSERT_TRUE(device.Init(L"Kelvaro"));
+    LcdFrame frame = std::make_unique<std::uint8_t[]>(Panelix::kLcdFrameBytes);
+    const FreeCounter freed(frame.get());
+    device.PushFrame(std::move(frame));
+    EXPECT_EQ(FreeCounter::count, 1);
+    EXPECT_EQ(keyboard.callCount(LcdCall::ColorSetBackground), 1U);
+}
+
 TEST(LcdDevice, HasNoButtonPressedOrHeldBeforeTheFirstPoll) {
     static_assert(sizeof(LcdDevice) == 15);
     const LcdDevice device;
@@ -161,6 +202,20 @@ TEST(LcdLibrary, WithoutARegistrationThereIsNoLcd) {
     const RegistryOverride registry;
     LcdDevice device;
     EXPECT_FALSE(device.Init(L"Kelvaro"));
+}
+
+TEST(LcdLibrary, TheRegistrationIsClosedWhetherItCanBeReadOrNot) {
+    const RegistryOverride registry;
+    RegistryOverride::makeKey(HKEY_LOCAL_MACHINE, LcdSdk::kServerBinaryKey);
+    const ImportRecorder<&RegOpenKeyExW> opened("ADVAPI32.dll", "RegOpenKeyExW");
+    const ImportRecorder<&RegCloseKey> closed("ADVAPI32.dll", "RegCloseKey");
+    EXPECT_FALSE(Panelix::LoadLcdLibrary(L"Kelvaro", LcdSdk::kTypeColor));
+    EXPECT_EQ(opened.count(), 1U);
+    EXPECT_EQ(closed.count(), 1U);
+    registerLcdLibrary(L"C:\\there\\is\\no\\such.dll");
+    const std::size_t before = closed.count();
+    EXPECT_FALSE(Panelix::LoadLcdLibrary(L"Kelvaro", LcdSdk::kTypeColor));
+    EXPECT_EQ(closed.count(), before + 1);
 }
 
 TEST(LcdLibrary, WithoutTheDefaultValueThereIsNoLcd) {
@@ -243,6 +298,79 @@ TEST_F(LcdLibraryPath, Of260CharactersDoesNotFitAndGivesNoLcd) {
     ASSERT_EQ(path.size(), kLongestPath + 1);
     registerLcdLibrary(path);
     EXPECT_FALSE(Panelix::LoadLcdLibrary(L"Kelvaro", LcdSdk::kTypeColor));
+}
+
+/// A working library that somebody has put where programs look by habit.
+class PlantedLcdLibrary : public testing::Test {
+protected:
+    PlantedLcdLibrary() {
+        Standins::useOwnSession();
+        SetLastError(ERROR_SUCCESS);
+        EXPECT_NE(CopyFileW(Standins::lcdSdkPath().c_str(), inFolder(kName).c_str(), TRUE), FALSE);
+        GetCurrentDirectoryW(static_cast<DWORD>(directory.size()), directory.data());
+    }
+    ~PlantedLcdLibrary() override { SetCurrentDirectoryW(directory.data()); }
+
+    std::wstring inFolder(const std::wstring& file) const { return folder.path() + L"\\" + file; }
+
+    /// Whether the library is loaded when this is registered.
+    static bool isLoadedAs(const std::wstring& value) {
+        registerLcdLibrary(value);
+        const bool usable = Panelix::LoadLcdLibrary(L"Kelvaro", LcdSdk::kTypeColor);
+        const HMODULE module = GetModuleHandleW(kName);
+        if (module != nullptr) {
+            FreeLibrary(module);
+        }
+        EXPECT_EQ(usable, module != nullptr);
+        return usable;
+    }
+
+    static constexpr wchar_t kName[] = L"planted_lcd.dll";
+
+    TemporaryFolder folder;
+    RegistryOverride registry;
+    std::array<wchar_t, MAX_PATH> directory{};
+};
+
+TEST_F(PlantedLcdLibrary, IsLoadedByItsFullPathOnly) {
+    ASSERT_NE(SetCurrentDirectoryW(folder.path().c_str()), FALSE);
+    const std::wstring name = kName;
+    const std::wstring withoutDrive = inFolder(name).substr(2);
+    for (const std::wstring& value :
+         {name, L".\\" + name, L"./" + name, folder.path().substr(0, 2) + name, withoutDrive}) {
+        EXPECT_FALSE(isLoadedAs(value)) << std::string(value.begin(), value.end());
+    }
+    EXPECT_TRUE(isLoadedAs(inFolder(name)));
+}
+
+TEST_F(PlantedLcdLibrary, InAFolderOfThePathIsNotLoadedByItsName) {
+    std::array<wchar_t, 32'767> path{};
+    GetEnvironmentVariableW(L"PATH", path.data(), static_cast<DWORD>(path.size()));
+    ASSERT_NE(SetEnvironmentVariableW(L"PATH", (folder.path() + L";" + path.data()).c_str()), FALSE);
+    const HMODULE byHabit = LoadLibraryW(kName);
+    EXPECT_NE(byHabit, nullptr) << "the plain call finds it";
+    FreeLibrary(byHabit);
+    EXPECT_FALSE(isLoadedAs(kName));
+    SetEnvironmentVariableW(L"PATH", path.data());
+}
+
+TEST(LcdLibrary, ANameIsLookedForBesideTheProgramAndInTheSystemFolder) {
+    const RegistryOverride registry;
+    registerLcdLibrary(L"version.dll");
+    const ImportRecorder<&LoadLibraryExW> loads("KERNEL32.dll", "LoadLibraryExW");
+    EXPECT_FALSE(Panelix::LoadLcdLibrary(L"Kelvaro", LcdSdk::kTypeColor)) << "it is no LCD library";
+    EXPECT_THAT(loads.results(), ElementsAre(testing::NotNull())) << "the system folder has it";
+    EXPECT_THAT(loads.arguments<2>(),
+                ElementsAre(DWORD{LOAD_LIBRARY_SEARCH_APPLICATION_DIR | LOAD_LIBRARY_SEARCH_SYSTEM32}));
+}
+
+TEST(LcdLibrary, WhatALibraryOfAFullPathNeedsMayLieBesideIt) {
+    const RegistryOverride registry;
+    registerLcdLibrary(L"C:\\there\\is\\no\\such.dll");
+    const ImportRecorder<&LoadLibraryExW> loads("KERNEL32.dll", "LoadLibraryExW");
+    EXPECT_FALSE(Panelix::LoadLcdLibrary(L"Kelvaro", LcdSdk::kTypeColor));
+    EXPECT_THAT(loads.arguments<2>(),
+                ElementsAre(DWORD{LOAD_LIBRARY_SEARCH_DLL_LOAD_DIR | LOAD_LIBRARY_SEARCH_DEFAULT_DIRS}));
 }
 
 TEST(LcdLibrary, BeforeItIsLoadedNoButtonIsPressedAndEveryCallDoesNothing) {
