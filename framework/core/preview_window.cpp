@@ -24,6 +24,12 @@ constexpr DWORD kExtendedStyle = WS_EX_TOPMOST | WS_EX_TOOLWINDOW;
 constexpr DWORD kStyle = WS_POPUP | WS_CAPTION | WS_SYSMENU;
 constexpr MARGINS kGlassMarginsPx = {1, 1, 1, 1};
 
+/// The window's timer for the tray icon; it runs only while the icon is to be added again. A timer of the
+/// window goes on while a box or a dialog is open.
+constexpr UINT_PTR kTrayIconTimer = 1;
+/// From the end of one attempt to the next one.
+constexpr UINT kTrayIconPauseMs = 3000;
+
 static_assert(sizeof(WNDCLASSEXW) == 80);
 
 // Painting of one WM_PAINT; its end validates the window, so it must come on every way out.
@@ -99,7 +105,7 @@ PreviewWindow::PreviewWindow(HINSTANCE instance, const std::wstring& title, LPCW
         throw SysException(L"Cannot create main window", kErrorTitle);
     }
     DwmExtendFrameIntoClientArea(window, &kGlassMarginsPx);
-    trayIcon_.add(instance, icon, window, title);
+    tryLaterUnless(trayIcon_.add(instance, icon, window, title));
 }
 
 PreviewWindow::~PreviewWindow() {
@@ -169,9 +175,11 @@ LRESULT PreviewWindow::handleMessage(UINT message, WPARAM wParam, LPARAM lParam)
         case kTrayIconMessage:
             onTrayIcon(lParam);
             return 0;
+        case WM_TIMER:
+            return onTimer(wParam, lParam);
         default:
             if (message == taskbarCreated_) {
-                trayIcon_.restore();
+                tryLaterUnless(trayIcon_.restore());
             }
             return defaultResult(message, wParam, lParam);
     }
@@ -238,6 +246,22 @@ void PreviewWindow::onTrayIcon(LPARAM lParam) {
             break;
         default:
             break;
+    }
+}
+
+LRESULT PreviewWindow::onTimer(WPARAM wParam, LPARAM lParam) {
+    if (wParam != kTrayIconTimer) {
+        return defaultResult(WM_TIMER, wParam, lParam);
+    }
+    tryLaterUnless(trayIcon_.tryAgain());
+    return 0;
+}
+
+void PreviewWindow::tryLaterUnless(bool trayIconIsThere) {
+    if (trayIconIsThere) {
+        KillTimer(window_, kTrayIconTimer);
+    } else {
+        SetTimer(window_, kTrayIconTimer, kTrayIconPauseMs, nullptr);
     }
 }
 

@@ -57,7 +57,9 @@ private:
     LRESULT onHitTest(WPARAM wParam, LPARAM lParam);
     LRESULT onCommand(WPARAM wParam, LPARAM lParam);
     void onTrayIcon(LPARAM lParam);
+    LRESULT onTimer(WPARAM wParam, LPARAM lParam);
     void onDestroy();
+    void tryLaterUnless(bool trayIconIsThere);
     void showTrayMenu();
     void show();
     void hide();

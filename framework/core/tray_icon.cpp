@@ -25,7 +25,7 @@ static_assert(std::size(NOTIFYICONDATAW{}.szTip) == 128);
 
 // Packed version of the shell's library, 0 when it cannot be had.
 std::uint64_t shellVersion() {
-    const UniqueModule shell{LoadLibraryW(L"Shell32.dll")};
+    const UniqueModule shell{LoadLibraryExW(L"Shell32.dll", nullptr, LOAD_LIBRARY_SEARCH_SYSTEM32)};
     if (!shell) {
         return 0;
     }
@@ -56,27 +56,41 @@ NOTIFYICONDATAW trayRecord(DWORD bytes, HWND window, const std::wstring& tip) {
     return record;
 }
 
-void TrayIcon::add(HINSTANCE instance, LPCWSTR icon, HWND window, const std::wstring& tip) {
+bool TrayIcon::add(HINSTANCE instance, LPCWSTR icon, HWND window, const std::wstring& tip) {
     instance_ = instance;
     icon_ = icon;
     data_ = trayRecord(trayRecordBytes(shellVersion()), window, tip);
-    restore();
+    return restore();
 }
 
-void TrayIcon::restore() {
-    data_.uFlags = kFlags;
-    data_.hIcon = static_cast<HICON>(LoadImageW(
-        instance_, icon_, IMAGE_ICON, GetSystemMetrics(SM_CXSMICON), GetSystemMetrics(SM_CYSMICON), 0));
-    Shell_NotifyIconW(NIM_ADD, &data_);
-    // The shell keeps a copy of its own.
-    if (DestroyIcon(data_.hIcon) != FALSE) {
-        data_.hIcon = nullptr;
-    }
+bool TrayIcon::restore() {
+    return request(NIM_ADD);
+}
+
+bool TrayIcon::tryAgain() {
+    // A request that ran into the time-out may have been obeyed later: adding the icon then fails for ever,
+    // while changing it succeeds. Each takes its turn, so that no call waits for two time-outs.
+    return request(lastMessage_ == NIM_ADD ? NIM_MODIFY : NIM_ADD);
 }
 
 void TrayIcon::remove() {
     data_.uFlags = 0;
     Shell_NotifyIconW(NIM_DELETE, &data_);
+}
+
+bool TrayIcon::request(DWORD message) {
+    if (!isWanted()) {
+        return true;
+    }
+    lastMessage_ = message;
+    // The shell keeps a copy of its own.
+    const UniqueIcon picture{static_cast<HICON>(LoadImageW(
+        instance_, icon_, IMAGE_ICON, GetSystemMetrics(SM_CXSMICON), GetSystemMetrics(SM_CYSMICON), 0))};
+    NOTIFYICONDATAW record = data_;
+    record.hIcon = picture.get();
+    const bool obeyed = Shell_NotifyIconW(message, &record) != FALSE;
+    // While the shell is waited for, other programs' messages come in: the window may be gone.
+    return obeyed || !isWanted();
 }
 
 }  // namespace Panelix

@@ -3,6 +3,8 @@
 #include <gmock/gmock.h>
 
 #include <array>
+#include <atomic>
+#include <chrono>
 #include <functional>
 #include <string>
 #include <thread>
@@ -48,6 +50,62 @@ ScreenPicture pictureOfMenu(const std::vector<const wchar_t*>& texts) {
     DestroyWindow(owner);
     return picture;
 }
+
+/// A taskbar in front of the session's own that obeys nobody, for as long as it lives.
+class BusyTaskbar {
+public:
+    BusyTaskbar() {
+        thread_ = std::thread([this] { run(); });
+        while (!window_) {
+            std::this_thread::yield();
+        }
+        EXPECT_EQ(FindWindowW(kClass, nullptr), window_.load());
+    }
+    ~BusyTaskbar() {
+        PostMessageW(window_, WM_CLOSE, 0, 0);
+        thread_.join();
+    }
+    BusyTaskbar(const BusyTaskbar&) = delete;
+    BusyTaskbar& operator=(const BusyTaskbar&) = delete;
+
+    int requests() const { return requests_; }
+
+private:
+    static constexpr wchar_t kClass[] = L"Shell_TrayWnd";
+
+    static LRESULT CALLBACK refuse(HWND window, UINT message, WPARAM wParam, LPARAM lParam) noexcept {
+        if (message == WM_COPYDATA) {
+            ++requests_;
+            return FALSE;
+        }
+        if (message == WM_DESTROY) {
+            PostQuitMessage(0);
+            return 0;
+        }
+        return DefWindowProcW(window, message, wParam, lParam);
+    }
+
+    void run() {
+        requests_ = 0;
+        WNDCLASSW facts{};
+        facts.lpfnWndProc = refuse;
+        facts.hInstance = GetModuleHandleW(nullptr);
+        facts.lpszClassName = kClass;
+        RegisterClassW(&facts);
+        window_ = CreateWindowExW(
+            WS_EX_TOPMOST, kClass, L"", WS_POPUP, 0, 0, 0, 0, nullptr, nullptr, facts.hInstance, nullptr);
+        MSG message;
+        while (GetMessageW(&message, nullptr, 0, 0) > 0) {
+            DispatchMessageW(&message);
+        }
+        UnregisterClassW(kClass, facts.hInstance);
+    }
+
+    inline static std::atomic<int> requests_ = 0;
+
+    std::atomic<HWND> window_ = nullptr;
+    std::thread thread_;
+};
 
 /// The machine's PATH and current directory, as programs that are started now get them.
 class StartingFolder {
@@ -110,6 +168,31 @@ TEST_F(KelvaroOnTheDesktop, IsWhatAnLcdLibraryLeadsToThatIsPlantedWhereTheProgra
         choose(kExitItem);
         EXPECT_EQ(kelvaro->waitForExit(), DWORD{0});
     }
+}
+
+TEST_F(KelvaroOnTheDesktop, GetsItsIconFromAShellThatWasBusyAtItsStart) {
+    {
+        const BusyTaskbar shell;
+        start();
+        EXPECT_TRUE(waitFor([&shell] { return shell.requests() >= 2; }, std::chrono::seconds(30)));
+    }
+    EXPECT_FALSE(hasTrayIcon(window));
+    EXPECT_TRUE(waitFor([this] { return hasTrayIcon(window); }, std::chrono::seconds(30)));
+    choose(kExitItem);
+    EXPECT_EQ(kelvaro->waitForExit(), DWORD{0});
+    EXPECT_FALSE(hasTrayIcon(window));
+}
+
+TEST_F(KelvaroOnTheDesktop, GetsItsIconWhileItsAboutBoxIsOpenToo) {
+    {
+        const BusyTaskbar shell;
+        start();
+        PostMessageW(window, WM_COMMAND, 0x8004, 0);
+        ASSERT_NE(waitForMessageBox(kelvaro->id()).window, nullptr);
+    }
+    EXPECT_FALSE(hasTrayIcon(window));
+    EXPECT_TRUE(waitFor([this] { return hasTrayIcon(window); }, std::chrono::seconds(30)));
+    EXPECT_NE(findWindow(kelvaro->id(), L"#32770"), nullptr) << "the box is still open";
 }
 
 TEST_F(KelvaroOnTheDesktop, ADoubleClickOnTheIconShowsAndHidesTheWindow) {

@@ -22,6 +22,7 @@
 #include "framework/drawing/sys_exception.h"
 #include "tests/framework/core/probe_app.h"
 #include "tests/support/desktop_driver.h"
+#include "tests/support/import_recorder.h"
 #include "tests/support/registry_override.h"
 
 namespace {
@@ -145,6 +146,121 @@ TEST_F(PreviewWindow, BringsTheTrayIconBackWhenTheTaskbarIsStartedAnew) {
     ASSERT_NE(Shell_NotifyIconW(NIM_DELETE, &record), FALSE);
     SendMessageW(window->handle(), RegisterWindowMessageW(L"TaskbarCreated"), 0, 0);
     EXPECT_TRUE(hasTrayIcon(window->handle()));
+}
+
+// A shell that is too busy.
+
+/// The notification area refuses everything until it is told not to.
+class PreviewWindowWithBusyShell : public testing::Test {
+protected:
+    PreviewWindowWithBusyShell() {
+        shell.failWith(FALSE);
+        window = makeWindow();
+        handle = window->handle();
+    }
+    ~PreviewWindowWithBusyShell() override {
+        shell.goThroughAgain();
+        DestroyWindow(handle);
+        pump();
+    }
+
+    /// Whether the window is going to ask again; if so, it is not from now on.
+    bool asksAgain() const { return KillTimer(handle, kTimer) != FALSE; }
+
+    void letTimePass() const { SendMessageW(handle, WM_TIMER, kTimer, 0); }
+
+    static constexpr UINT_PTR kTimer = 1;
+
+    ImportRecorder<&Shell_NotifyIconW> shell{"SHELL32.dll", "Shell_NotifyIconW"};
+    std::unique_ptr<Panelix::PreviewWindow> window;
+    HWND handle = nullptr;
+};
+
+TEST_F(PreviewWindowWithBusyShell, AsksAgainEveryFewSecondsUntilTheIconIsThere) {
+    EXPECT_FALSE(hasTrayIcon(handle));
+    const auto begin = std::chrono::steady_clock::now();
+    const std::size_t before = shell.count();
+    EXPECT_TRUE(waitFor(
+        [&] {
+            pump();
+            return shell.count() > before;
+        },
+        std::chrono::seconds(30)));
+    EXPECT_GE(std::chrono::steady_clock::now() - begin, std::chrono::seconds(1));
+    shell.goThroughAgain();
+    EXPECT_TRUE(waitFor(
+        [this] {
+            pump();
+            return hasTrayIcon(handle);
+        },
+        std::chrono::seconds(30)));
+    EXPECT_FALSE(asksAgain());
+}
+
+TEST_F(PreviewWindowWithBusyShell, WaitsForOneTimeOutAtATime) {
+    EXPECT_EQ(shell.count(), 1U);
+    for (std::size_t i = 2; i < 6; ++i) {
+        letTimePass();
+        EXPECT_EQ(shell.count(), i);
+    }
+    EXPECT_TRUE(asksAgain());
+}
+
+TEST_F(PreviewWindowWithBusyShell, ThePauseBeginsAnewAfterEachAttempt) {
+    const ImportRecorder<&SetTimer> timers("USER32.dll", "SetTimer");
+    letTimePass();
+    EXPECT_THAT(timers.arguments<0>(), ElementsAre(handle));
+    EXPECT_THAT(timers.arguments<2>(), ElementsAre(testing::AllOf(testing::Ge(1000U), testing::Le(5000U))));
+}
+
+TEST_F(PreviewWindowWithBusyShell, AsksNoMoreOnceAStartedTaskbarHasTheIcon) {
+    shell.goThroughAgain();
+    SendMessageW(handle, RegisterWindowMessageW(L"TaskbarCreated"), 0, 0);
+    EXPECT_TRUE(hasTrayIcon(handle));
+    EXPECT_FALSE(asksAgain());
+}
+
+TEST_F(PreviewWindowWithBusyShell, AsksAgainForAStartedTaskbarThatIsBusyToo) {
+    shell.goThroughAgain();
+    SendMessageW(handle, RegisterWindowMessageW(L"TaskbarCreated"), 0, 0);
+    shell.failWith(FALSE);
+    SendMessageW(handle, RegisterWindowMessageW(L"TaskbarCreated"), 0, 0);
+    EXPECT_TRUE(asksAgain());
+}
+
+TEST_F(PreviewWindowWithBusyShell, AnIconThatIsThereAlreadyIsNotAskedForForEver) {
+    // The shell obeys, but too late for its answer.
+    NOTIFYICONDATAW record = Panelix::trayRecord(sizeof(record), handle, L"");
+    shell.goThroughAgain();
+    ASSERT_NE(Shell_NotifyIconW(NIM_ADD, &record), FALSE);
+    EXPECT_EQ(Shell_NotifyIconW(NIM_ADD, &record), FALSE);
+    letTimePass();
+    EXPECT_FALSE(asksAgain());
+    EXPECT_TRUE(hasTrayIcon(handle));
+}
+
+TEST_F(PreviewWindowWithBusyShell, AsksNoMoreOnceItIsDestroyed) {
+    const ImportRecorder<&SetTimer> timers("USER32.dll", "SetTimer");
+    // The removal is waited for as well, and messages come in meanwhile.
+    shell.goThroughAgain();
+    shell.onCall([this] {
+        shell.onCall(nullptr);
+        SendMessageW(handle, RegisterWindowMessageW(L"TaskbarCreated"), 0, 0);
+        letTimePass();
+    });
+    DestroyWindow(handle);
+    EXPECT_THAT(shell.arguments<0>(), ElementsAre(NIM_ADD, NIM_DELETE));
+    EXPECT_EQ(timers.count(), 0U);
+    EXPECT_FALSE(hasTrayIcon(handle));
+}
+
+TEST_F(PreviewWindowWithBusyShell, OtherTimersAreNoneOfItsBusiness) {
+    EXPECT_EQ(SendMessageW(handle, WM_TIMER, kTimer + 1, 0), 0);
+    EXPECT_EQ(shell.count(), 1U);
+}
+
+TEST_F(PreviewWindow, HasNoTimerWhenTheIconIsThereAtOnce) {
+    EXPECT_EQ(KillTimer(window->handle(), 1), FALSE);
 }
 
 TEST_F(PreviewWindow, TheCloseBoxHidesIt) {
