@@ -291,9 +291,16 @@ void PreviewWindow::showTrayMenu() {
     // A menu of a window that is not in the foreground would stay open when the user clicks elsewhere.
     SetForegroundWindow(window_);
     TrackPopupMenu(menu.get(), TPM_BOTTOMALIGN, cursor.x, cursor.y, 0, window_, nullptr);
+    // Without a message after the menu the next one would close as soon as it opens.
+    PostMessageW(window_, WM_NULL, 0, 0);
 }
 
 void PreviewWindow::show() {
+    // Windows moves no hidden window when a monitor goes.
+    if (MonitorFromWindow(window_, MONITOR_DEFAULTTONULL) == nullptr) {
+        const WindowPlacement place = placement();
+        SetWindowPos(window_, nullptr, place.x, place.y, 0, 0, SWP_NOSIZE | SWP_NOZORDER | SWP_NOACTIVATE);
+    }
     ShowWindow(window_, SW_RESTORE);
 }
 

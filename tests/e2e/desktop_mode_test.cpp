@@ -195,6 +195,18 @@ TEST_F(KelvaroOnTheDesktop, GetsItsIconWhileItsAboutBoxIsOpenToo) {
     EXPECT_NE(findWindow(kelvaro->id(), L"#32770"), nullptr) << "the box is still open";
 }
 
+TEST_F(KelvaroOnTheDesktop, ComesBackIntoTheWorkAreaWhenItsMonitorIsGone) {
+    start();
+    const RECT first = rectOf(window);
+    // Where a second monitor was.
+    SetWindowPos(window, nullptr, 4000, 300, 0, 0, SWP_NOSIZE | SWP_NOZORDER | SWP_NOACTIVATE);
+    ASSERT_EQ(rectOf(window).left, 4000);
+    choose(kShowOrHideItem);
+    ASSERT_TRUE(becomesVisible(true));
+    const RECT shown = rectOf(window);
+    EXPECT_NE(EqualRect(&shown, &first), FALSE) << shown.left << ' ' << shown.top;
+}
+
 TEST_F(KelvaroOnTheDesktop, ADoubleClickOnTheIconShowsAndHidesTheWindow) {
     start();
     PostMessageW(window, WM_APP, 1, WM_LBUTTONDBLCLK);

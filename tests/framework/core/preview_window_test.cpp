@@ -263,6 +263,46 @@ TEST_F(PreviewWindow, HasNoTimerWhenTheIconIsThereAtOnce) {
     EXPECT_EQ(KillTimer(window->handle(), 1), FALSE);
 }
 
+// A monitor that is gone.
+
+RECT workArea() {
+    RECT area{};
+    SystemParametersInfoW(SPI_GETWORKAREA, 0, &area, 0);
+    return area;
+}
+
+TEST_F(PreviewWindow, ComesBackToItsFirstPlaceWhenItsMonitorIsGone) {
+    const HWND handle = window->handle();
+    const RECT first = rectOf(handle);
+    for (const POINT lost : {POINT{5000, 100}, POINT{100, 5000}, POINT{-5000, -5000}}) {
+        for (const bool byMenu : {false, true}) {
+            ShowWindow(handle, SW_HIDE);
+            SetWindowPos(handle, nullptr, lost.x, lost.y, 0, 0, SWP_NOSIZE | SWP_NOZORDER | SWP_NOACTIVATE);
+            ASSERT_EQ(rectOf(handle).left, lost.x);
+            if (byMenu) {
+                SendMessageW(handle, WM_COMMAND, Panelix::kCommandShow, 0);
+            } else {
+                SendMessageW(handle, WM_APP, 1, WM_LBUTTONDBLCLK);
+            }
+            const RECT shown = rectOf(handle);
+            EXPECT_NE(EqualRect(&shown, &first), FALSE) << shown.left << ' ' << shown.top;
+            EXPECT_TRUE(isVisible(handle));
+        }
+    }
+}
+
+TEST_F(PreviewWindow, KeepsAPlaceOfWhichAnythingIsOnAMonitor) {
+    const HWND handle = window->handle();
+    const RECT area = workArea();
+    for (const POINT kept : {POINT{0, 0}, POINT{area.right - 50, 200}, POINT{-250, area.bottom - 50}}) {
+        ShowWindow(handle, SW_HIDE);
+        SetWindowPos(handle, nullptr, kept.x, kept.y, 0, 0, SWP_NOSIZE | SWP_NOZORDER | SWP_NOACTIVATE);
+        SendMessageW(handle, WM_COMMAND, Panelix::kCommandShow, 0);
+        EXPECT_EQ(rectOf(handle).left, kept.x);
+        EXPECT_EQ(rectOf(handle).top, kept.y);
+    }
+}
+
 TEST_F(PreviewWindow, TheCloseBoxHidesIt) {
     for (const UINT message : {UINT{WM_CLOSE}, UINT{WM_SYSCOMMAND}}) {
         ShowWindow(window->handle(), SW_RESTORE);
@@ -378,6 +418,63 @@ TEST_F(PreviewWindow, TheTrayMenuOpensAboveTheMouseAndBringsTheWindowToTheForegr
     EXPECT_EQ(place.left, 400);
     EXPECT_EQ(place.bottom, 500);
     EXPECT_EQ(foreground, handle);
+}
+
+TEST_F(PreviewWindow, ComesToTheForegroundBeforeItsTrayMenuOpens) {
+    const HWND handle = window->handle();
+    ShowWindow(handle, SW_RESTORE);
+    const HWND rival = CreateWindowExW(WS_EX_TOPMOST,
+                                       L"Static",
+                                       L"rival",
+                                       WS_POPUP | WS_VISIBLE,
+                                       10,
+                                       10,
+                                       50,
+                                       50,
+                                       nullptr,
+                                       nullptr,
+                                       nullptr,
+                                       nullptr);
+    SetForegroundWindow(rival);
+    ASSERT_EQ(GetForegroundWindow(), rival);
+    ImportRecorder<&TrackPopupMenu> tracked("USER32.dll", "TrackPopupMenu");
+    tracked.failWith(FALSE);
+    tracked.onCall([handle] { EXPECT_EQ(GetForegroundWindow(), handle); });
+    SendMessageW(handle, WM_APP, 1, WM_RBUTTONDOWN);
+    EXPECT_EQ(tracked.count(), 1U);
+    DestroyWindow(rival);
+}
+
+TEST_F(PreviewWindow, EveryTrayMenuIsDestroyedAndFollowedByAMessage) {
+    const HWND handle = window->handle();
+    const ImportRecorder<&CreatePopupMenu> created("USER32.dll", "CreatePopupMenu");
+    const ImportRecorder<&DestroyMenu> destroyed("USER32.dll", "DestroyMenu");
+    ImportRecorder<&TrackPopupMenu> tracked("USER32.dll", "TrackPopupMenu");
+    const ImportRecorder<&PostMessageW> posted("USER32.dll", "PostMessageW");
+    // The menu closes at once.
+    tracked.failWith(FALSE);
+    tracked.onCall([&] {
+        EXPECT_EQ(created.count(), destroyed.count() + 1);
+        EXPECT_EQ(posted.count(), destroyed.count());
+    });
+    for (std::size_t i = 1; i <= 3; ++i) {
+        SendMessageW(handle, WM_APP, 1, WM_RBUTTONDOWN);
+        EXPECT_EQ(tracked.count(), i);
+    }
+    EXPECT_EQ(destroyed.arguments(), created.results());
+    EXPECT_THAT(posted.arguments<0>(), ElementsAre(handle, handle, handle));
+    EXPECT_THAT(posted.arguments<1>(), ElementsAre(UINT{WM_NULL}, UINT{WM_NULL}, UINT{WM_NULL}));
+}
+
+TEST_F(PreviewWindow, WithoutAMenuNothingComesToTheForeground) {
+    ImportRecorder<&CreatePopupMenu> created("USER32.dll", "CreatePopupMenu");
+    const ImportRecorder<&SetForegroundWindow> foreground("USER32.dll", "SetForegroundWindow");
+    const ImportRecorder<&TrackPopupMenu> tracked("USER32.dll", "TrackPopupMenu");
+    const ImportRecorder<&DestroyMenu> destroyed("USER32.dll", "DestroyMenu");
+    created.failWith(nullptr);
+    SendMessageW(window->handle(), WM_APP, 1, WM_RBUTTONDOWN);
+    EXPECT_EQ(created.count(), 1U);
+    EXPECT_EQ(foreground.count() + tracked.count() + destroyed.count(), 0U);
 }
 
 TEST_F(PreviewWindow, ChosenMenuItemsShowHideAndExit) {
