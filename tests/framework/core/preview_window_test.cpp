@@ -502,6 +502,21 @@ TEST_F(PreviewWindow, WithoutApplicationPaintsNothingAndIsSatisfied) {
     EXPECT_EQ(GetUpdateRect(window->handle(), nullptr, FALSE), FALSE);
 }
 
+TEST_F(PreviewWindow, EveryPaintingThatBeginsEnds) {
+    const HWND handle = window->handle();
+    ShowWindow(handle, SW_RESTORE);
+    pump();
+    const ImportRecorder<&BeginPaint> begun("USER32.dll", "BeginPaint");
+    const ImportRecorder<&EndPaint> ended("USER32.dll", "EndPaint");
+    for (std::size_t i = 1; i <= 5; ++i) {
+        window->invalidate();
+        UpdateWindow(handle);
+        EXPECT_EQ(begun.count(), i);
+        EXPECT_EQ(ended.count(), i);
+    }
+    EXPECT_EQ(ended.arguments<0>(), begun.arguments<0>());
+}
+
 TEST_F(PreviewWindow, OnceDestroyedInvalidatesNoOtherWindow) {
     const HWND other = CreateWindowExW(WS_EX_TOPMOST,
                                        L"Static",
@@ -652,6 +667,23 @@ TEST_F(PreviewWindowOfAnApp, ShowsTheComposedPictureOnTheWindowColour) {
     }
     EXPECT_EQ(wrongInside, 0);
     EXPECT_EQ(wrongOutside, 0);
+}
+
+TEST_F(PreviewWindowOfAnApp, ThePictureIsDrawnBeforeThePaintingEndsAndWithNothingKept) {
+    ShowWindow(app.window(), SW_RESTORE);
+    pump();
+    std::vector<std::string> calls;
+    ImportRecorder<&BeginPaint> begun("USER32.dll", "BeginPaint");
+    ImportRecorder<&Gdiplus::DllExports::GdipCreateFromHDC> made("gdiplus.dll", "GdipCreateFromHDC");
+    ImportRecorder<&Gdiplus::DllExports::GdipDeleteGraphics> deleted("gdiplus.dll", "GdipDeleteGraphics");
+    ImportRecorder<&EndPaint> ended("USER32.dll", "EndPaint");
+    begun.onCall([&] { calls.emplace_back("begin"); });
+    made.onCall([&] { calls.emplace_back("graphics"); });
+    deleted.onCall([&] { calls.emplace_back("no graphics"); });
+    ended.onCall([&] { calls.emplace_back("end"); });
+    InvalidateRect(app.window(), nullptr, FALSE);
+    UpdateWindow(app.window());
+    EXPECT_THAT(calls, ElementsAre("begin", "graphics", "no graphics", "end"));
 }
 
 constexpr std::chrono::milliseconds kLongPeriod(100);
