@@ -22,9 +22,12 @@ namespace Standins {
 
 namespace {
 
-// As the real system answers: no such device, and a device that has gone.
+// As the real system answers: no such device, a device that has gone, and no service, to a volume and to
+// others.
 constexpr HRESULT kNotFound = static_cast<HRESULT>(0x80070490);
 constexpr HRESULT kDeviceInvalidated = static_cast<HRESULT>(0x88890004);
+constexpr HRESULT kServiceNotRunning = static_cast<HRESULT>(0x88890010);
+constexpr HRESULT kServerUnavailable = static_cast<HRESULT>(0x800706BA);
 constexpr UINT kNumberInsteadOfName = 42;
 // Device's friendly name; the SDK declares the key, but no library of MinGW's defines it.
 constexpr PROPERTYKEY kFriendlyNameKey{
@@ -153,7 +156,9 @@ private:
 
 class EndpointVolume final : public Object<IAudioEndpointVolume, AudioObject::EndpointVolume> {
 public:
-    explicit EndpointVolume(std::uint32_t device) noexcept : device_(device) {}
+    explicit EndpointVolume(std::uint32_t device) noexcept
+        : device_(device),
+          life_(serverRecord().deviceLife(device)) {}
 
     HRESULT STDMETHODCALLTYPE
     RegisterControlChangeNotify(IAudioEndpointVolumeCallback* callback) noexcept override {
@@ -164,7 +169,7 @@ public:
             return E_POINTER;
         }
         try {
-            Notifier::instance().add(this, device_, callback);
+            Notifier::instance().add({this, device_, life_, callback});
             return S_OK;
         } catch (const std::exception&) {
             return E_OUTOFMEMORY;
@@ -280,13 +285,31 @@ private:
                                                     .first = first,
                                                     .scalar = scalar,
                                                     .withContext = withContext});
-        if (!scripted && !serverRecord().isPresent(device_)) {
+        if (scripted) {
+            return scripted;
+        }
+        if (!serverRecord().isServiceRunning()) {
+            return kServiceNotRunning;
+        }
+        if (!serverRecord().isPresent(device_) || serverRecord().deviceLife(device_) != life_) {
             return kDeviceInvalidated;
         }
-        return scripted;
+        return std::nullopt;
     }
 
     std::uint32_t device_;
+    std::uint32_t life_;
+};
+
+/// The service of which an object came. An object is useless without it, and with a later one.
+class OfService {
+public:
+    bool isUsable() const noexcept {
+        return serverRecord().isServiceRunning() && serverRecord().serviceLife() == life_;
+    }
+
+private:
+    std::uint32_t life_ = serverRecord().serviceLife();
 };
 
 class Device final : public Object<IMMDevice, AudioObject::Device> {
@@ -344,13 +367,20 @@ private:
     std::optional<HRESULT> enter(AudioCall call, std::uint32_t first = 0) const noexcept {
         const auto scripted =
             serverRecord().enter({.call = call, .device = asDevice(index_), .first = first});
-        if (!scripted && !serverRecord().isPresent(index_)) {
+        if (scripted) {
+            return scripted;
+        }
+        if (!service_.isUsable()) {
+            return kServerUnavailable;
+        }
+        if (!serverRecord().isPresent(index_)) {
             return kDeviceInvalidated;
         }
-        return scripted;
+        return std::nullopt;
     }
 
     std::uint32_t index_;
+    OfService service_;
 };
 
 class Collection final : public Object<IMMDeviceCollection, AudioObject::Collection> {
@@ -397,10 +427,10 @@ public:
             return E_POINTER;
         }
         *out = nullptr;
-        if (const auto scripted = serverRecord().enter({.call = AudioCall::EnumAudioEndpoints,
-                                                        .first = static_cast<std::uint32_t>(flow),
-                                                        .second = stateMask})) {
-            return *scripted;
+        if (const auto answer = enter({.call = AudioCall::EnumAudioEndpoints,
+                                       .first = static_cast<std::uint32_t>(flow),
+                                       .second = stateMask})) {
+            return *answer;
         }
         try {
             std::vector<std::uint32_t> devices;
@@ -424,10 +454,10 @@ public:
             return E_POINTER;
         }
         *out = nullptr;
-        if (const auto scripted = serverRecord().enter({.call = AudioCall::GetDefaultAudioEndpoint,
-                                                        .first = static_cast<std::uint32_t>(flow),
-                                                        .second = static_cast<std::uint32_t>(role)})) {
-            return *scripted;
+        if (const auto answer = enter({.call = AudioCall::GetDefaultAudioEndpoint,
+                                       .first = static_cast<std::uint32_t>(flow),
+                                       .second = static_cast<std::uint32_t>(role)})) {
+            return *answer;
         }
         if (flow != eRender && flow != eCapture) {
             return E_INVALIDARG;
@@ -455,6 +485,13 @@ public:
 
 private:
     ~Enumerator() override = default;
+
+    std::optional<HRESULT> enter(const AudioCallEntry& call) const noexcept {
+        const auto scripted = serverRecord().enter(call);
+        return !scripted && !service_.isUsable() ? std::optional(kServerUnavailable) : scripted;
+    }
+
+    OfService service_;
 };
 
 class PolicyConfig final : public Object<IPolicyConfig, AudioObject::PolicyConfig> {

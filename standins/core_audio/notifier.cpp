@@ -80,6 +80,10 @@ void notify(IAudioEndpointVolumeCallback* callback, NoticeMemory& memory, const 
     }
 }
 
+bool isAlive(const Notifier::Registration& registration) {
+    return serverRecord().deviceLife(registration.device) == registration.deviceLife;
+}
+
 }  // namespace
 
 Notifier& Notifier::instance() {
@@ -87,11 +91,11 @@ Notifier& Notifier::instance() {
     return notifier;
 }
 
-void Notifier::add(const void* volume, std::uint32_t device, IAudioEndpointVolumeCallback* callback) {
+void Notifier::add(const Registration& registration) {
     startThreads();
     const std::lock_guard lock(mutex_);
-    registrations_.push_back({volume, device, callback});
-    hold(callback);
+    registrations_.push_back(registration);
+    hold(registration.callback);
     serverRecord().countCallbackEvent(CallbackEvent::Registered);
 }
 
@@ -167,7 +171,7 @@ void Notifier::deliverPosted() {
         ++nextNotice_;
         if (posted) {
             for (const Registration& registration : registrations()) {
-                if (registration.device == posted->device) {
+                if (registration.device == posted->device && isAlive(registration)) {
                     notify(registration.callback, memory, posted->notice);
                 }
                 letGo(registration.callback);
@@ -193,7 +197,9 @@ void Notifier::floodUntilUnwanted(std::uint32_t number) noexcept {
         NoticeMemory memory;
         while (number < audio.floodThreadsWanted()) {
             for (const Registration& registration : registrations()) {
-                notify(registration.callback, memory, {GUID{}, audio.levels(registration.device), false});
+                if (isAlive(registration)) {
+                    notify(registration.callback, memory, {GUID{}, audio.levels(registration.device), false});
+                }
                 letGo(registration.callback);
             }
             SwitchToThread();

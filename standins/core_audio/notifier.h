@@ -21,20 +21,22 @@ public:
     Notifier(const Notifier&) = delete;
     Notifier& operator=(const Notifier&) = delete;
 
-    /// Registers a callback for the device, in the name of one endpoint volume.
-    void add(const void* volume, std::uint32_t device, IAudioEndpointVolumeCallback* callback);
+    /// A callback for a device, in the name of one endpoint volume. In a later life of the device it is not
+    /// notified.
+    struct Registration {
+        const void* volume;
+        std::uint32_t device;
+        std::uint32_t deviceLife;
+        IAudioEndpointVolumeCallback* callback;
+    };
+
+    void add(const Registration& registration);
     /// False when it was not registered.
     bool remove(const void* volume, IAudioEndpointVolumeCallback* callback);
     /// Ends what is left of the registrations of an endpoint volume.
     void removeAll(const void* volume);
 
 private:
-    struct Registration {
-        const void* volume;
-        std::uint32_t device;
-        IAudioEndpointVolumeCallback* callback;
-    };
-
     Notifier() = default;
 
     void startThreads();

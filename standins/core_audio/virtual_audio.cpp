@@ -13,7 +13,7 @@ namespace Standins {
 namespace {
 
 // "KAUD" and the version of the layout below: raise it with every change.
-constexpr std::uint64_t kIdentity = 0x4B41'5544'0000'0001;
+constexpr std::uint64_t kIdentity = 0x4B41'5544'0000'0002;
 constexpr std::chrono::seconds kHandshakeLimit{10};
 
 using Text = std::array<std::atomic<wchar_t>, VirtualAudio::kTextLength>;
@@ -27,6 +27,7 @@ struct LevelsSlot {
 
 struct DeviceSlot {
     std::atomic<std::uint32_t> present;
+    std::atomic<std::uint32_t> life;
     std::atomic<AudioFlow> flow;
     std::atomic<std::uint32_t> idMissing;
     std::atomic<FriendlyName> nameKind;
@@ -147,6 +148,8 @@ struct VirtualAudio::Record {
     std::array<DeviceSlot, kMaxDevices> devices;
     // One more than the index; 0 is none.
     std::array<std::atomic<std::uint32_t>, kAudioFlowCount> defaults;
+    std::atomic<std::uint32_t> serviceStopped;
+    std::atomic<std::uint32_t> serviceLife;
     std::array<FailureSlot, kAudioCallCount> failures;
 
     std::array<std::atomic<std::uint64_t>, kAudioCallCount> callCounts;
@@ -236,7 +239,10 @@ AudioDevice VirtualAudio::device(std::uint32_t index) const {
 }
 
 void VirtualAudio::setPresent(std::uint32_t index, bool present) noexcept {
-    record().devices[index].present.store(present ? 1 : 0);
+    DeviceSlot& slot = record().devices[index];
+    if (slot.present.exchange(present ? 1 : 0) != 0 && !present) {
+        slot.life.fetch_add(1);
+    }
 }
 
 bool VirtualAudio::isPresent(std::uint32_t index) const noexcept {
@@ -250,6 +256,28 @@ void VirtualAudio::setDefault(AudioFlow flow, std::optional<std::uint32_t> index
 std::optional<std::uint32_t> VirtualAudio::defaultDevice(AudioFlow flow) const noexcept {
     const std::uint32_t stored = record().defaults[static_cast<std::size_t>(flow)].load();
     return stored == 0 || !isPresent(stored - 1) ? std::nullopt : std::optional(stored - 1);
+}
+
+void VirtualAudio::setServiceRunning(bool running) noexcept {
+    Record& r = record();
+    if (r.serviceStopped.exchange(running ? 0 : 1) == 0 && !running) {
+        r.serviceLife.fetch_add(1);
+        for (DeviceSlot& device : r.devices) {
+            device.life.fetch_add(1);
+        }
+    }
+}
+
+bool VirtualAudio::isServiceRunning() const noexcept {
+    return record().serviceStopped.load() == 0;
+}
+
+std::uint32_t VirtualAudio::deviceLife(std::uint32_t index) const noexcept {
+    return record().devices[index].life.load();
+}
+
+std::uint32_t VirtualAudio::serviceLife() const noexcept {
+    return record().serviceLife.load();
 }
 
 void VirtualAudio::storeLevels(std::uint32_t index, const AudioLevels& levels) noexcept {

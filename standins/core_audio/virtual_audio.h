@@ -152,7 +152,8 @@ public:
     std::uint32_t deviceCount() const noexcept;
     AudioDevice device(std::uint32_t index) const;
     /// A device that is not present is not listed, cannot be the default one, and fails every call with
-    /// AUDCLNT_E_DEVICE_INVALIDATED but for GetId.
+    /// AUDCLNT_E_DEVICE_INVALIDATED but for GetId. When it comes back, the endpoint volumes from before go on
+    /// failing, and their callbacks are not notified any more.
     void setPresent(std::uint32_t index, bool present) noexcept;
     bool isPresent(std::uint32_t index) const noexcept;
     /// std::nullopt: there is no default device.
@@ -161,6 +162,13 @@ public:
     /// Changes a device as its owner would, in the system's volume control. The number of channels stays.
     void setLevels(std::uint32_t index, const AudioLevels& levels);
     AudioLevels levels(std::uint32_t index) const;
+
+    /// The audio service, which runs at first. Without it an enumerator can be made, but fails every call
+    /// with RPC_S_SERVER_UNAVAILABLE, as devices do; endpoint volumes fail with
+    /// AUDCLNT_E_SERVICE_NOT_RUNNING. When it is back, the enumerators and devices that it had before go on
+    /// failing; its endpoint volumes are those of devices that were taken away.
+    void setServiceRunning(bool running) noexcept;
+    bool isServiceRunning() const noexcept;
 
     // Failures and notifications.
 
@@ -205,6 +213,10 @@ public:
 
     /// Logs the call. What it returns, if anything, is what the call is to answer without doing its work.
     std::optional<HRESULT> enter(const AudioCallEntry& call) noexcept;
+    /// Grows whenever the device is taken away, and when the service ends: what is of a former life is
+    /// useless.
+    std::uint32_t deviceLife(std::uint32_t index) const noexcept;
+    std::uint32_t serviceLife() const noexcept;
     void recordDefaultId(const wchar_t* id) noexcept;
     void countObject(AudioObject kind, std::int32_t change) noexcept;
     void countReference(AudioObject kind, std::int32_t change) noexcept;

@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <audioclient.h>
+#include <endpointvolume.h>
 #include <mmdeviceapi.h>
 #include <wrl/client.h>
 
@@ -15,6 +17,8 @@ using Standins::AudioCall;
 using Standins::AudioFlow;
 using Standins::AudioObject;
 using Standins::VirtualAudio;
+
+constexpr HRESULT kServerUnavailable = static_cast<HRESULT>(0x800706BA);
 
 class VirtualSound : public testing::Test {
 protected:
@@ -104,6 +108,75 @@ TEST_F(VirtualSound, CountsItsObjects) {
     device.Reset();
     EXPECT_EQ(audio.liveObjects(AudioObject::Device), 0);
     EXPECT_EQ(audio.liveObjects(), 1);
+}
+
+/// The usual devices, as a program has them.
+class VirtualSoundInUse : public VirtualSound {
+protected:
+    VirtualSoundInUse() { audio.addUsualDevices(); }
+
+    static ComPtr<IMMDeviceEnumerator> makeEnumerator() {
+        ComPtr<IMMDeviceEnumerator> enumerator;
+        EXPECT_EQ(
+            CoCreateInstance(__uuidof(MMDeviceEnumerator), nullptr, CLSCTX_ALL, IID_PPV_ARGS(&enumerator)),
+            S_OK);
+        return enumerator;
+    }
+
+    static HRESULT getSpeaker(IMMDeviceEnumerator& enumerator, ComPtr<IMMDevice>& device) {
+        return enumerator.GetDefaultAudioEndpoint(eRender, eConsole, &device);
+    }
+
+    static HRESULT activate(IMMDevice& device, ComPtr<IAudioEndpointVolume>& volume) {
+        return device.Activate(
+            __uuidof(IAudioEndpointVolume), CLSCTX_ALL, nullptr, IID_PPV_ARGS_Helper(&volume));
+    }
+
+    static HRESULT getMute(IAudioEndpointVolume& volume) {
+        BOOL muted = FALSE;
+        return volume.GetMute(&muted);
+    }
+
+    const Panelix::ComApartment com;
+    const Standins::LoadedCoreAudio classes;
+};
+
+TEST_F(VirtualSoundInUse, VolumesOfADeviceThatWasTakenAwayStayUseless) {
+    ComPtr<IMMDevice> device;
+    ComPtr<IAudioEndpointVolume> former;
+    ComPtr<IAudioEndpointVolume> later;
+    ASSERT_EQ(getSpeaker(*makeEnumerator().Get(), device), S_OK);
+    ASSERT_EQ(activate(*device.Get(), former), S_OK);
+    EXPECT_EQ(getMute(*former.Get()), S_OK);
+    audio.setPresent(0, false);
+    EXPECT_EQ(getMute(*former.Get()), AUDCLNT_E_DEVICE_INVALIDATED);
+    audio.setPresent(0, true);
+    EXPECT_EQ(getMute(*former.Get()), AUDCLNT_E_DEVICE_INVALIDATED);
+    ASSERT_EQ(activate(*device.Get(), later), S_OK);
+    EXPECT_EQ(getMute(*later.Get()), S_OK);
+}
+
+TEST_F(VirtualSoundInUse, WithoutItsServiceNothingAnswersAndWhatIsOldStaysUseless) {
+    const ComPtr<IMMDeviceEnumerator> former = makeEnumerator();
+    ComPtr<IMMDevice> device;
+    ComPtr<IAudioEndpointVolume> volume;
+    ASSERT_EQ(getSpeaker(*former.Get(), device), S_OK);
+    ASSERT_EQ(activate(*device.Get(), volume), S_OK);
+    audio.setServiceRunning(false);
+    const ComPtr<IMMDeviceEnumerator> early = makeEnumerator();
+    ComPtr<IMMDevice> none;
+    ComPtr<IAudioEndpointVolume> noVolume;
+    EXPECT_EQ(getSpeaker(*former.Get(), none), kServerUnavailable);
+    EXPECT_EQ(getSpeaker(*early.Get(), none), kServerUnavailable);
+    EXPECT_EQ(activate(*device.Get(), noVolume), kServerUnavailable);
+    EXPECT_EQ(getMute(*volume.Get()), AUDCLNT_E_SERVICE_NOT_RUNNING);
+    audio.setServiceRunning(true);
+    EXPECT_EQ(getSpeaker(*former.Get(), none), kServerUnavailable);
+    EXPECT_EQ(activate(*device.Get(), noVolume), kServerUnavailable);
+    EXPECT_EQ(getMute(*volume.Get()), AUDCLNT_E_DEVICE_INVALIDATED);
+    EXPECT_EQ(getSpeaker(*early.Get(), device), S_OK);
+    EXPECT_EQ(activate(*device.Get(), volume), S_OK);
+    EXPECT_EQ(getMute(*volume.Get()), S_OK);
 }
 
 }  // namespace
