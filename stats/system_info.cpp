@@ -55,19 +55,13 @@ SystemInfo::SystemInfo()
       eventContext_(createEventContext()),
       deviceEnumerator_(createDeviceEnumerator()) {
     bindAudio();
-    try {
-        cpuMeter_ = std::make_unique<CpuLoadMeter>();
-        gpu_ = chooseGpu();
-        gpuAvailable = gpu_ != nullptr;
-        if (gpu_ != nullptr) {
-            gpuName = gpu_->name();
-        }
-        coreTempLibrary_ = CoreTempLibrary::load();
-    } catch (...) {
-        // Nobody will run the destructor, and a notification may already be on its way.
-        releaseAudio();
-        throw;
+    cpuMeter_ = std::make_unique<CpuLoadMeter>();
+    gpu_ = chooseGpu();
+    gpuAvailable = gpu_ != nullptr;
+    if (gpu_ != nullptr) {
+        gpuName = gpu_->name();
     }
+    coreTempLibrary_ = CoreTempLibrary::load();
 }
 
 // The notifications first, because they write into the snapshot.
@@ -79,6 +73,7 @@ SystemInfo::~SystemInfo() {
 }
 
 void SystemInfo::update() {
+    followDefaultDevices();
     sampleCoreTemp();
     cpuLoad = cpuMeter_->sample();
     if (gpu_ != nullptr) {

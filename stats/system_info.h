@@ -2,7 +2,6 @@
 
 #include <windows.h>
 
-#include <endpointvolume.h>
 #include <mmdeviceapi.h>
 #include <wrl/client.h>
 
@@ -13,8 +12,8 @@
 #include <vector>
 
 #include "framework/drawing/rate_updater.h"
-#include "stats/audio_device_callback.h"
 #include "stats/audio_device_entry.h"
+#include "stats/bound_endpoint.h"
 #include "stats/core_temp_library.h"
 #include "stats/cpu_load_meter.h"
 #include "stats/gpu_vendor.h"
@@ -31,7 +30,8 @@ public:
     SystemInfo();
     ~SystemInfo() override;
 
-    /// One sampling pass.
+    /// One sampling pass. Before it the default devices are followed: another one, the first one and the loss
+    /// of the last one are bound within about a second and a half.
     void update() override;
 
     /// Local date and time in English, e.g. "5 Febuary 2018   9:07:03  PM"; refreshes timeRecord.
@@ -64,17 +64,20 @@ public:
     const GUID& eventContext() const noexcept { return eventContext_; }
 
 private:
+    /// Binds anew what is no longer the default device or is gone, at most once a second. Asked for in the
+    /// loop, because a notification would come on a thread of Core Audio's that may not wait for the bindings
+    /// it changes. A question is two calls into the audio service per endpoint, its default device and the
+    /// mute state of the bound one; what did not change stays bound, with its notices.
+    void followDefaultDevices() noexcept;
     void sampleCoreTemp();
     void sampleUnreadMail();
 
     GUID eventContext_{};
     Microsoft::WRL::ComPtr<IMMDeviceEnumerator> deviceEnumerator_;
-    Microsoft::WRL::ComPtr<IMMDevice> speakerDevice_;
-    Microsoft::WRL::ComPtr<IMMDevice> microphoneDevice_;
-    Microsoft::WRL::ComPtr<IAudioEndpointVolume> speakerVolume_;
-    Microsoft::WRL::ComPtr<IAudioEndpointVolume> microphoneVolume_;
-    Microsoft::WRL::ComPtr<AudioDeviceCallback> speakerCallback_;
-    Microsoft::WRL::ComPtr<AudioDeviceCallback> microphoneCallback_;
+    BoundEndpoint speaker_{AudioEndpoint::Speaker, *this, eventContext_};
+    BoundEndpoint microphone_{AudioEndpoint::Microphone, *this, eventContext_};
+    /// GetTickCount() when the default devices were asked for last; at the beginning, when they were bound.
+    std::uint32_t lastDefaultQuestionMs_ = GetTickCount();
     std::unique_ptr<CpuLoadMeter> cpuMeter_;
     std::unique_ptr<GpuVendor> gpu_;
     /// Null: Core Temp's shared memory is read instead. Looked for once, at construction.

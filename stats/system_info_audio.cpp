@@ -6,6 +6,8 @@
 
 #include <cwchar>
 #include <memory>
+#include <optional>
+#include <utility>
 
 #include "stats/policy_config_abi.h"
 #include "stats/volume_percent.h"
@@ -17,8 +19,7 @@ namespace {
 
 using Microsoft::WRL::ComPtr;
 
-constexpr unsigned kLeftChannel = 0;
-constexpr unsigned kRightChannel = 1;
+constexpr std::uint32_t kQuestionPeriodMs = 1000;
 // Device's friendly name; the SDK declares the key, but no library of MinGW's defines it.
 constexpr PROPERTYKEY kFriendlyNameKey{
     {0xA45C254E, 0xDF1C, 0x4EFD, {0x80, 0x20, 0x67, 0xD1, 0x46, 0xA8, 0x50, 0xE0}}, 14};
@@ -49,98 +50,21 @@ private:
     PROPVARIANT value_{};
 };
 
-ComPtr<IMMDevice> defaultDevice(IMMDeviceEnumerator* enumerator, EDataFlow flow) {
+// std::nullopt: the system does not say. Null: there is none.
+std::optional<ComPtr<IMMDevice>> askForDefault(IMMDeviceEnumerator* enumerator, EDataFlow flow) {
     ComPtr<IMMDevice> device;
-    if (enumerator != nullptr) {
-        enumerator->GetDefaultAudioEndpoint(flow, eConsole, &device);
+    if (enumerator == nullptr) {
+        return std::nullopt;
+    }
+    const HRESULT result = enumerator->GetDefaultAudioEndpoint(flow, eConsole, &device);
+    if (device == nullptr && result != E_NOTFOUND) {
+        return std::nullopt;
     }
     return device;
 }
 
-ComPtr<IAudioEndpointVolume> activateVolume(IMMDevice* device) {
-    ComPtr<IAudioEndpointVolume> volume;
-    if (device != nullptr) {
-        device->Activate(__uuidof(IAudioEndpointVolume), CLSCTX_ALL, nullptr, IID_PPV_ARGS_Helper(&volume));
-    }
-    return volume;
-}
-
-// Null when there is no endpoint to watch, or no memory. Core Audio's answer does not matter: a callback that
-// it did not take is simply never called.
-ComPtr<AudioDeviceCallback> watch(Snapshot& snapshot,
-                                  const GUID& ownContext,
-                                  AudioEndpoint endpoint,
-                                  IAudioEndpointVolume* volume) noexcept {
-    ComPtr<AudioDeviceCallback> callback;
-    if (volume != nullptr) {
-        callback = AudioDeviceCallback::create(snapshot, ownContext, endpoint);
-    }
-    if (callback != nullptr) {
-        volume->RegisterControlChangeNotify(callback.Get());
-    }
-    return callback;
-}
-
-// Unregistering comes first, so that the last notices are on their way when detaching waits for them. Core
-// Audio may keep the callback, and even call it, for longer.
-void unwatch(ComPtr<AudioDeviceCallback>& callback, IAudioEndpointVolume* volume) noexcept {
-    if (callback == nullptr) {
-        return;
-    }
-    if (volume != nullptr) {
-        volume->UnregisterControlChangeNotify(callback.Get());
-    }
-    callback->detach();
-    callback.Reset();
-}
-
-std::int32_t readChannelPercent(IAudioEndpointVolume& volume, unsigned channel) {
-    float scalar = 0.0F;
-    volume.GetChannelVolumeLevelScalar(channel, &scalar);
-    return truncatedPercent(scalar);
-}
-
-std::int32_t readMasterPercent(IAudioEndpointVolume& volume) {
-    float scalar = 0.0F;
-    volume.GetMasterVolumeLevelScalar(&scalar);
-    return truncatedPercent(scalar);
-}
-
-bool readMuted(IAudioEndpointVolume& volume) {
-    BOOL muted = FALSE;
-    volume.GetMute(&muted);
-    return muted == TRUE;
-}
-
-EndpointLevels readSpeaker(IAudioEndpointVolume* volume) {
-    EndpointLevels levels;
-    if (volume != nullptr) {
-        levels.left = readChannelPercent(*volume, kLeftChannel);
-        levels.right = readChannelPercent(*volume, kRightChannel);
-        levels.master = readMasterPercent(*volume);
-        levels.muted = readMuted(*volume);
-    }
-    return levels;
-}
-
-EndpointLevels readMicrophone(IAudioEndpointVolume* volume) {
-    EndpointLevels levels;
-    if (volume != nullptr) {
-        levels.muted = readMuted(*volume);
-    }
-    return levels;
-}
-
-// Once an endpoint is watched, its callback alone decides what gets into the snapshot.
-void adopt(const EndpointLevels& reading,
-           AudioEndpoint endpoint,
-           AudioDeviceCallback* callback,
-           Snapshot& snapshot) noexcept {
-    if (callback != nullptr) {
-        callback->adoptReading(reading);
-    } else {
-        storeLevels(snapshot, endpoint, reading);
-    }
+ComPtr<IMMDevice> defaultDevice(IMMDeviceEnumerator* enumerator, EDataFlow flow) {
+    return askForDefault(enumerator, flow).value_or(nullptr);
 }
 
 CoTaskText deviceId(IMMDevice* device) {
@@ -149,6 +73,32 @@ CoTaskText deviceId(IMMDevice* device) {
         device->GetId(&id);
     }
     return CoTaskText(id);
+}
+
+// What does not tell its id is not known to be another one.
+bool isAnother(IMMDevice* device, IMMDevice* bound) {
+    const CoTaskText id = deviceId(device);
+    const CoTaskText boundId = deviceId(bound);
+    return id != nullptr && boundId != nullptr && std::wcscmp(id.get(), boundId.get()) != 0;
+}
+
+// Also true while a device is there whose volume could not be had yet.
+bool isOutdated(const BoundEndpoint& bound, IMMDevice* current) {
+    if (current == nullptr) {
+        return bound.device() != nullptr;
+    }
+    return bound.volume() == nullptr || isAnother(current, bound.device());
+}
+
+// False when the system does not say which device is the default one: what is bound stays then, unless it is
+// gone.
+bool follow(IMMDeviceEnumerator* enumerator, EDataFlow flow, BoundEndpoint& bound) {
+    std::optional<ComPtr<IMMDevice>> current = askForDefault(enumerator, flow);
+    if (bound.isGone() || (current && isOutdated(bound, current->Get()))) {
+        bound.bind(current.value_or(nullptr));
+        bound.read();
+    }
+    return current.has_value();
 }
 
 std::wstring friendlyName(IMMDevice& device) {
@@ -185,27 +135,37 @@ void makeDefault(const wchar_t* id) {
 
 void SystemInfo::bindAudio() noexcept {
     releaseAudio();
-
-    speakerDevice_ = defaultDevice(deviceEnumerator_.Get(), eRender);
-    speakerVolume_ = activateVolume(speakerDevice_.Get());
-    speakerCallback_ = watch(*this, eventContext_, AudioEndpoint::Speaker, speakerVolume_.Get());
-
-    microphoneDevice_ = defaultDevice(deviceEnumerator_.Get(), eCapture);
-    microphoneVolume_ = activateVolume(microphoneDevice_.Get());
-    microphoneCallback_ = watch(*this, eventContext_, AudioEndpoint::Microphone, microphoneVolume_.Get());
-
-    adopt(readSpeaker(speakerVolume_.Get()), AudioEndpoint::Speaker, speakerCallback_.Get(), *this);
-    adopt(
-        readMicrophone(microphoneVolume_.Get()), AudioEndpoint::Microphone, microphoneCallback_.Get(), *this);
+    speaker_.bind(defaultDevice(deviceEnumerator_.Get(), eRender));
+    microphone_.bind(defaultDevice(deviceEnumerator_.Get(), eCapture));
+    speaker_.read();
+    microphone_.read();
 }
 
 void SystemInfo::releaseAudio() noexcept {
-    unwatch(speakerCallback_, speakerVolume_.Get());
-    unwatch(microphoneCallback_, microphoneVolume_.Get());
-    speakerVolume_.Reset();
-    microphoneVolume_.Reset();
-    speakerDevice_.Reset();
-    microphoneDevice_.Reset();
+    speaker_.unwatch();
+    microphone_.unwatch();
+    speaker_.release();
+    microphone_.release();
+}
+
+// An enumerator does not survive the end of the audio service, so one that fails is replaced for the next
+// time.
+void SystemInfo::followDefaultDevices() noexcept {
+    const std::uint32_t nowMs = GetTickCount();
+    if (nowMs - lastDefaultQuestionMs_ < kQuestionPeriodMs) {
+        return;
+    }
+    lastDefaultQuestionMs_ = nowMs;
+    const bool speakerKnown = follow(deviceEnumerator_.Get(), eRender, speaker_);
+    const bool microphoneKnown = follow(deviceEnumerator_.Get(), eCapture, microphone_);
+    if (speakerKnown && microphoneKnown) {
+        return;
+    }
+    ComPtr<IMMDeviceEnumerator> enumerator;
+    CoCreateInstance(__uuidof(MMDeviceEnumerator), nullptr, CLSCTX_ALL, IID_PPV_ARGS(&enumerator));
+    if (enumerator != nullptr) {
+        deviceEnumerator_ = std::move(enumerator);
+    }
 }
 
 void SystemInfo::listDevices(std::vector<AudioDeviceEntry>& list, std::uint32_t& defaultIndex) {
@@ -239,13 +199,13 @@ void SystemInfo::setDefaultDevice(const wchar_t* id) {
 }
 
 void SystemInfo::setChannelVolume(unsigned channel, int percent) {
-    if (speakerVolume_ != nullptr) {
-        speakerVolume_->SetChannelVolumeLevelScalar(channel, volumeScalar(percent), nullptr);
+    if (speaker_.volume() != nullptr) {
+        speaker_.volume()->SetChannelVolumeLevelScalar(channel, volumeScalar(percent), nullptr);
     }
 }
 
 void SystemInfo::toggleMicrophoneMute() {
-    if (microphoneVolume_ != nullptr) {
-        microphoneVolume_->SetMute(microphoneMuted ? FALSE : TRUE, nullptr);
+    if (microphone_.volume() != nullptr) {
+        microphone_.volume()->SetMute(microphoneMuted ? FALSE : TRUE, nullptr);
     }
 }
