@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <cstdint>
 #include <string>
 #include <vector>
 
@@ -265,6 +267,85 @@ TEST_F(KelvaroWithAllFigures, TheDevicePageMakesTheChosenDeviceTheDefaultAndTheP
     EXPECT_TRUE(waitForCalls(AudioCall::SetDefaultEndpoint, 1));
     EXPECT_EQ(audio.defaultDevice(AudioFlow::Render), 1U);
     EXPECT_TRUE(waitForText(masterVolume(L"90")));
+}
+
+TEST_F(KelvaroWithAllFigures, FollowsTheDefaultDeviceThatSomebodyElseChanges) {
+    ASSERT_TRUE(waitForText(masterVolume(L"40")));
+    audio.setLevels(1, {.channels = {0.91F, 0.91F}, .master = 0.91F, .muted = false});
+    audio.setDefault(AudioFlow::Render, 1);
+    EXPECT_TRUE(waitForText(masterVolume(L"91")));
+    // Its own volume control works on it as well.
+    press(LcdSdk::kButtonRight);
+    press(LcdSdk::kButtonUp);
+    EXPECT_GT(audio.levels(1).channels[0], 0.92F);
+    EXPECT_FLOAT_EQ(audio.levels(0).channels[0], 0.4F);
+    press(LcdSdk::kButtonLeft);
+
+    audio.setDefault(AudioFlow::Render, std::nullopt);
+    EXPECT_TRUE(waitForText(masterVolume(L"0")));
+    audio.setDefault(AudioFlow::Render, 2);
+    EXPECT_TRUE(waitForText(masterVolume(L"25")));
+
+    // Taken away and back: what was bound answers no more.
+    audio.setPresent(2, false);
+    audio.setPresent(2, true);
+    EXPECT_TRUE(waitUntil(
+        [&] {
+            audio.setLevels(2, {.channels = {0.77F, 0.77F}, .master = 0.77F, .muted = false});
+            return isShown(masterVolume(L"77"));
+        },
+        std::chrono::seconds(15)));
+    EXPECT_EQ(audio.callbackEvents(Standins::CallbackEvent::Abandoned), 0U);
+}
+
+// One of several times, for the sake of a machine that has much else to do.
+TEST_F(KelvaroWithAllFigures, FollowsAnotherDefaultDeviceWithinTwoSeconds) {
+    constexpr std::uint64_t kTwoSecondsUs = 2'000'000;
+    ASSERT_TRUE(waitForText(masterVolume(L"40")));
+    std::uint64_t fastestUs = UINT64_MAX;
+    for (std::uint32_t i = 1; i <= 5 && fastestUs > kTwoSecondsUs; ++i) {
+        const std::uint64_t activations = audio.callCount(AudioCall::Activate);
+        const std::uint64_t start = Standins::nowMicroseconds();
+        audio.setDefault(AudioFlow::Render, i % 3);
+        ASSERT_TRUE(waitForCalls(AudioCall::Activate, activations + 1));
+        fastestUs = std::min(fastestUs, Standins::nowMicroseconds() - start);
+    }
+    EXPECT_LE(fastestUs, kTwoSecondsUs);
+    RecordProperty("microseconds", std::to_string(fastestUs));
+}
+
+TEST_F(KelvaroWithAllFigures, AsksForTheDefaultDevicesAtMostOnceASecond) {
+    ASSERT_TRUE(waitForCalls(AudioCall::GetDefaultAudioEndpoint, 8));
+    std::vector<std::uint64_t> timesUs;
+    for (const Standins::AudioCallEntry& call : audio.calls()) {
+        if (call.call == AudioCall::GetDefaultAudioEndpoint && call.first == 0) {
+            timesUs.push_back(call.timeUs);
+        }
+    }
+    // The two clocks tick apart.
+    constexpr std::uint64_t kToleranceUs = 50'000;
+    for (std::size_t i = 1; i < timesUs.size(); ++i) {
+        EXPECT_GE(timesUs[i] - timesUs[i - 1], 1'000'000 - kToleranceUs) << i;
+    }
+    EXPECT_GE(timesUs.size(), 4U);
+}
+
+/// The shipped program, started before the audio service.
+class KelvaroBeforeTheSound : public EquippedKelvaro {
+protected:
+    KelvaroBeforeTheSound() {
+        audio.addUsualDevices();
+        audio.setServiceRunning(false);
+        start();
+    }
+};
+
+TEST_F(KelvaroBeforeTheSound, BindsTheDevicesWhenTheServiceIsThere) {
+    ASSERT_TRUE(waitForPasses(20));
+    EXPECT_EQ(audio.callCount(AudioCall::RegisterControlChangeNotify), 0U);
+    audio.setServiceRunning(true);
+    EXPECT_TRUE(waitUntil([&] { return audio.callCount(AudioCall::RegisterControlChangeNotify) >= 2; },
+                          std::chrono::seconds(15)));
 }
 
 }  // namespace
