@@ -212,7 +212,7 @@ public:
         if (muted == nullptr) {
             return E_POINTER;
         }
-        *muted = serverRecord().levels(device_).muted ? TRUE : FALSE;
+        *muted = serverRecord().levels(device_).muted ? serverRecord().muteValue() : FALSE;
         return S_OK;
     }
     HRESULT STDMETHODCALLTYPE SetChannelVolumeLevelScalar(UINT channel,

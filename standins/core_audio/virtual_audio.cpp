@@ -13,7 +13,7 @@ namespace Standins {
 namespace {
 
 // "KAUD" and the version of the layout below: raise it with every change.
-constexpr std::uint64_t kIdentity = 0x4B41'5544'0000'0002;
+constexpr std::uint64_t kIdentity = 0x4B41'5544'0000'0003;
 constexpr std::chrono::seconds kHandshakeLimit{10};
 
 using Text = std::array<std::atomic<wchar_t>, VirtualAudio::kTextLength>;
@@ -148,6 +148,8 @@ struct VirtualAudio::Record {
     std::array<DeviceSlot, kMaxDevices> devices;
     // One more than the index; 0 is none.
     std::array<std::atomic<std::uint32_t>, kAudioFlowCount> defaults;
+    // Less one, so that a new record has 1.
+    std::atomic<std::int32_t> muteValueLessOne;
     std::atomic<std::uint32_t> serviceStopped;
     std::atomic<std::uint32_t> serviceLife;
     std::array<FailureSlot, kAudioCallCount> failures;
@@ -256,6 +258,14 @@ void VirtualAudio::setDefault(AudioFlow flow, std::optional<std::uint32_t> index
 std::optional<std::uint32_t> VirtualAudio::defaultDevice(AudioFlow flow) const noexcept {
     const std::uint32_t stored = record().defaults[static_cast<std::size_t>(flow)].load();
     return stored == 0 || !isPresent(stored - 1) ? std::nullopt : std::optional(stored - 1);
+}
+
+void VirtualAudio::setMuteValue(std::int32_t value) noexcept {
+    record().muteValueLessOne.store(value - 1);
+}
+
+std::int32_t VirtualAudio::muteValue() const noexcept {
+    return record().muteValueLessOne.load() + 1;
 }
 
 void VirtualAudio::setServiceRunning(bool running) noexcept {

@@ -162,6 +162,9 @@ public:
     /// Changes a device as its owner would, in the system's volume control. The number of channels stays.
     void setLevels(std::uint32_t index, const AudioLevels& levels);
     AudioLevels levels(std::uint32_t index) const;
+    /// What GetMute says of a muted device, 1 at first.
+    void setMuteValue(std::int32_t value) noexcept;
+    std::int32_t muteValue() const noexcept;
 
     /// The audio service, which runs at first. Without it an enumerator can be made, but fails every call
     /// with RPC_S_SERVER_UNAVAILABLE, as devices do; endpoint volumes fail with

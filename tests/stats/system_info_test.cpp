@@ -1,5 +1,7 @@
 #include "stats/system_info.h"
 
+#include <windows.h>
+
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -8,6 +10,7 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <thread>
 #include <vector>
 
@@ -15,6 +18,7 @@
 #include "framework/drawing/sys_exception.h"
 #include "standins/adl/virtual_radeon.h"
 #include "standins/core_audio/loaded_core_audio.h"
+#include "standins/core_audio/virtual_audio.h"
 #include "standins/core_temp/virtual_core_temp.h"
 #include "standins/nvapi/virtual_nvidia.h"
 #include "standins/vendor_libraries.h"
@@ -25,6 +29,7 @@
 #include "tests/stats/private_memory.h"
 #include "tests/stats/standin_session.h"
 #include "tests/support/busy_processors.h"
+#include "tests/support/import_override.h"
 #include "tests/support/registry_override.h"
 #include "tests/support/system_local_time.h"
 
@@ -264,6 +269,27 @@ TEST_F(SystemInfoMachine, FailedGpuCallClearsItsFigureAgain) {
     EXPECT_EQ(info.gpuStats.load, 31);
 }
 
+TEST_F(SystemInfoMachine, AllGpuFiguresGoWhenAllCallsFail) {
+    provideAll();
+    SystemInfo info;
+    info.update();
+    for (const NvapiCall call : {NvapiCall::GpuGetDynamicPstatesInfoEx,
+                                 NvapiCall::GpuGetThermalSettings,
+                                 NvapiCall::GpuGetMemoryInfo,
+                                 NvapiCall::GpuGetAllClockFrequencies}) {
+        nvidia_.setStatus(call, -1);
+    }
+    info.update();
+    EXPECT_EQ(info.gpuStats.load, 0);
+    EXPECT_EQ(info.gpuStats.temperature, 0);
+    EXPECT_EQ(info.gpuStats.memoryLoad, 0);
+    EXPECT_EQ(info.gpuStats.coreClock, 0u);
+    EXPECT_FALSE(info.gpuStats.loadValid || info.gpuStats.temperatureValid || info.gpuStats.memoryLoadValid ||
+                 info.gpuStats.coreClockValid);
+    EXPECT_TRUE(info.gpuAvailable);
+    EXPECT_EQ(info.gpuName, L"GeForce Test");
+}
+
 TEST_F(SystemInfoMachine, MailIsReadInEveryEleventhUpdate) {
     const RegistryOverride registry;
     setMail(7);
@@ -290,6 +316,31 @@ TEST_F(SystemInfoMachine, MailIsMinusOneForAUserWithoutTheKey) {
         info.update();
     }
     EXPECT_EQ(info.unreadMail, -1);
+}
+
+int mailQueries = 0;
+decltype(&RegOpenKeyExW) realOpenKey = nullptr;
+
+LSTATUS WINAPI countMailQueries(HKEY key, LPCWSTR name, DWORD options, REGSAM access, PHKEY result) {
+    mailQueries += name != nullptr && std::wstring_view(name) == kMailKey ? 1 : 0;
+    return realOpenKey(key, name, options, access, result);
+}
+
+TEST_F(SystemInfoMachine, MailThatCannotBeReadIsNotAskedForMoreOften) {
+    const RegistryOverride registry;
+    const ImportOverride keys("ADVAPI32.dll", "RegOpenKeyExW", &countMailQueries);
+    realOpenKey = keys.original<decltype(RegOpenKeyExW)>();
+    SystemInfo info;
+    for (int update = 1; update <= 44; ++update) {
+        info.update();
+        ASSERT_EQ(mailQueries, update / 11) << update;
+    }
+    EXPECT_EQ(info.unreadMail, -1);
+    setMail(4);
+    for (int update = 1; update <= 11; ++update) {
+        info.update();
+    }
+    EXPECT_EQ(info.unreadMail, 4);
 }
 
 TEST_F(SystemInfoMachine, DataReadyIsSetByEveryUpdateAndClearedByNone) {
@@ -327,6 +378,161 @@ TEST_F(SystemInfoMachine, UpdateAsksCoreTempThenTheGpuThenTheGamepad) {
                                      static_cast<std::uint32_t>(NvapiCall::GpuGetThermalSettings),
                                      static_cast<std::uint32_t>(NvapiCall::GpuGetMemoryInfo),
                                      static_cast<std::uint32_t>(NvapiCall::GpuGetAllClockFrequencies)));
+}
+
+/// What one sampling pass asks, in the order in which it asks. What lies behind Core Temp's and NVIDIA's
+/// libraries is noted by the next of the others, when their logs have grown.
+class PassOrder {
+public:
+    PassOrder(Standins::VirtualCoreTemp& coreTemp, Standins::VirtualNvidia& nvidia) {
+        coreTemp_ = &coreTemp;
+        nvidia_ = &nvidia;
+        realGetProcAddress_ = times_.original<decltype(GetProcAddress)>();
+        realOpenKey_ = keys_.original<decltype(RegOpenKeyExW)>();
+        realMemoryStatus_ = memory_.original<decltype(GlobalMemoryStatusEx)>();
+        takeDown("beginning");
+    }
+    ~PassOrder() { info_ = nullptr; }
+    PassOrder(const PassOrder&) = delete;
+    PassOrder& operator=(const PassOrder&) = delete;
+
+    /// The sampler whose dataReady is looked at by every note.
+    static void watch(SystemInfo& info) {
+        info_ = &info;
+        info.dataReady = false;
+        takeDown("beginning");
+        notes_.clear();
+    }
+
+    static void takeDown(const std::string& what) {
+        const std::size_t cpuCalls = coreTemp_->log().entries().size();
+        const std::size_t gpuCalls = nvidia_->log().entries().size();
+        if (cpuCalls != cpuCalls_) {
+            notes_.push_back("Core Temp");
+        }
+        if (gpuCalls != gpuCalls_) {
+            notes_.push_back("GPU");
+        }
+        cpuCalls_ = cpuCalls;
+        gpuCalls_ = gpuCalls;
+        notes_.push_back(what);
+        if (info_ != nullptr && info_->dataReady) {
+            notes_.push_back("data ready");
+        }
+    }
+
+    static const std::vector<std::string>& notes() { return notes_; }
+
+private:
+    static BOOL WINAPI getSystemTimes(LPFILETIME idle, LPFILETIME kernel, LPFILETIME user) {
+        takeDown("CPU load");
+        return ::GetSystemTimes(idle, kernel, user);
+    }
+    static FARPROC WINAPI getProcAddress(HMODULE module, LPCSTR name) {
+        if (HIWORD(reinterpret_cast<ULONG_PTR>(name)) != 0 && std::string_view(name) == "GetSystemTimes") {
+            return reinterpret_cast<FARPROC>(reinterpret_cast<void*>(&getSystemTimes));
+        }
+        return realGetProcAddress_(module, name);
+    }
+    static LSTATUS WINAPI openKey(HKEY key, LPCWSTR name, DWORD options, REGSAM access, PHKEY result) {
+        if (name != nullptr && std::wstring_view(name) == kMailKey) {
+            takeDown("mail");
+        }
+        return realOpenKey_(key, name, options, access, result);
+    }
+    static BOOL WINAPI memoryStatus(LPMEMORYSTATUSEX status) {
+        takeDown("memory");
+        return realMemoryStatus_(status);
+    }
+    static DWORD WINAPI gamepadState(DWORD /*user*/, void* /*state*/) {
+        takeDown("gamepad");
+        return ERROR_SUCCESS;
+    }
+    static DWORD WINAPI gamepadBattery(DWORD /*user*/, BYTE /*device*/, void* /*battery*/) {
+        takeDown("gamepad's battery");
+        return ERROR_SUCCESS;
+    }
+
+    static inline Standins::VirtualCoreTemp* coreTemp_ = nullptr;
+    static inline Standins::VirtualNvidia* nvidia_ = nullptr;
+    static inline SystemInfo* info_ = nullptr;
+    static inline std::size_t cpuCalls_ = 0;
+    static inline std::size_t gpuCalls_ = 0;
+    static inline std::vector<std::string> notes_;
+
+    const ImportOverride times_{"KERNEL32.dll", "GetProcAddress", &getProcAddress};
+    const ImportOverride keys_{"ADVAPI32.dll", "RegOpenKeyExW", &openKey};
+    const ImportOverride memory_{"KERNEL32.dll", "GlobalMemoryStatusEx", &memoryStatus};
+    const ImportOverride state_{"XINPUT1_4.dll", 2, &gamepadState};
+    const ImportOverride battery_{"XINPUT1_4.dll", 7, &gamepadBattery};
+
+    static inline decltype(&GetProcAddress) realGetProcAddress_ = nullptr;
+    static inline decltype(&RegOpenKeyExW) realOpenKey_ = nullptr;
+    static inline decltype(&GlobalMemoryStatusEx) realMemoryStatus_ = nullptr;
+};
+
+TEST_F(SystemInfoMachine, EachUpdateAsksInItsOrderAndIsReadyLast) {
+    provideAll();
+    const RegistryOverride registry;
+    setMail(7);
+    const PassOrder order(coreTemp_, nvidia_);
+    SystemInfo info;
+    for (int i = 0; i < 10; ++i) {
+        info.update();
+    }
+    // The CPU load is measured when more than 200 ms have passed, the mail is read in the eleventh update.
+    std::this_thread::sleep_for(std::chrono::milliseconds(250));
+    PassOrder::watch(info);
+    info.update();
+    EXPECT_THAT(PassOrder::notes(),
+                testing::ElementsAre(
+                    "Core Temp", "CPU load", "GPU", "mail", "memory", "gamepad", "gamepad's battery"));
+    EXPECT_TRUE(info.dataReady);
+    PassOrder::takeDown("end");
+    EXPECT_EQ(PassOrder::notes().at(7), "end") << "something was asked after the gamepad";
+}
+
+DWORD memoryStatusLength = 0;
+
+// A quarter of the memory is in use, whatever the system's own percentage and the other memories say.
+BOOL WINAPI quarterInUse(LPMEMORYSTATUSEX status) {
+    memoryStatusLength = status->dwLength;
+    *status = {.dwLength = status->dwLength,
+               .dwMemoryLoad = 91,
+               .ullTotalPhys = 16'000'000'000,
+               .ullAvailPhys = 12'000'000'000,
+               .ullTotalPageFile = 16'000'000'000,
+               .ullAvailPageFile = 8'000'000'000,
+               .ullTotalVirtual = 16'000'000'000,
+               .ullAvailVirtual = 4'000'000'000,
+               .ullAvailExtendedVirtual = 1'000'000'000};
+    return TRUE;
+}
+
+TEST_F(SystemInfoMachine, MemoryIsCountedFromTheTwoTotals) {
+    const ImportOverride memory("KERNEL32.dll", "GlobalMemoryStatusEx", &quarterInUse);
+    SystemInfo info;
+    info.update();
+    EXPECT_EQ(info.memoryLoad, 25);
+    EXPECT_EQ(memoryStatusLength, 64U);
+}
+
+TEST_F(SystemInfoMachine, EndsTheNoticesBeforeTheGpuSource) {
+    provideAll();
+    Standins::VirtualAudio audio;
+    audio.addUsualDevices();
+    { const SystemInfo info; }
+    std::vector<std::uint64_t> endsUs;
+    for (const Standins::AudioCallEntry& call : audio.calls()) {
+        if (call.call == Standins::AudioCall::UnregisterControlChangeNotify) {
+            endsUs.push_back(call.timeUs);
+        }
+    }
+    ASSERT_EQ(endsUs.size(), 2u);
+    const LoggedCall unload = nvidia_.log().entries().back();
+    ASSERT_EQ(unload.call, static_cast<std::uint32_t>(NvapiCall::Unload));
+    EXPECT_LE(endsUs[1], unload.timeUs);
+    EXPECT_EQ(audio.liveObjects(), 0);
 }
 
 TEST_F(SystemInfoMachine, TickUpdatesAtOnceAndThenEvery300Ms) {

@@ -2,10 +2,11 @@
 
 #include <windows.h>
 
-#include <cstdint>
 #include <stdexcept>
 
 namespace {
+
+using Key = ImportOverride::Key;
 
 /// A program or library in memory.
 class Image {
@@ -13,7 +14,7 @@ public:
     explicit Image(HMODULE module) : base_(reinterpret_cast<std::uintptr_t>(module)) {}
 
     /// Null when the image does not import the function from that library.
-    void** slotOf(const std::string& module, const std::string& function) const;
+    void** slotOf(const std::string& module, const Key& function) const;
 
 private:
     template <typename Type>
@@ -22,7 +23,8 @@ private:
     }
 
     const IMAGE_IMPORT_DESCRIPTOR* firstImport() const;
-    void** slotIn(const IMAGE_IMPORT_DESCRIPTOR& library, const std::string& function) const;
+    bool isImportOf(const IMAGE_THUNK_DATA& import, const Key& function) const;
+    void** slotIn(const IMAGE_IMPORT_DESCRIPTOR& library, const Key& function) const;
 
     std::uintptr_t base_;
 };
@@ -34,13 +36,19 @@ const IMAGE_IMPORT_DESCRIPTOR* Image::firstImport() const {
         header->OptionalHeader.DataDirectory[IMAGE_DIRECTORY_ENTRY_IMPORT].VirtualAddress);
 }
 
-// Null when the library's part of the import table has no such name.
-void** Image::slotIn(const IMAGE_IMPORT_DESCRIPTOR& library, const std::string& function) const {
-    const auto* name = at<const IMAGE_THUNK_DATA>(library.OriginalFirstThunk);
+bool Image::isImportOf(const IMAGE_THUNK_DATA& import, const Key& function) const {
+    if (IMAGE_SNAP_BY_ORDINAL(import.u1.Ordinal)) {
+        return function.name.empty() && IMAGE_ORDINAL(import.u1.Ordinal) == function.ordinal;
+    }
+    return function.name == at<const IMAGE_IMPORT_BY_NAME>(import.u1.AddressOfData)->Name;
+}
+
+// Null when the library's part of the import table has no such function.
+void** Image::slotIn(const IMAGE_IMPORT_DESCRIPTOR& library, const Key& function) const {
+    const auto* import = at<const IMAGE_THUNK_DATA>(library.OriginalFirstThunk);
     auto* slot = at<void*>(library.FirstThunk);
-    for (; name->u1.AddressOfData != 0; ++name, ++slot) {
-        const bool byOrdinal = IMAGE_SNAP_BY_ORDINAL(name->u1.Ordinal);
-        if (!byOrdinal && function == at<const IMAGE_IMPORT_BY_NAME>(name->u1.AddressOfData)->Name) {
+    for (; import->u1.AddressOfData != 0; ++import, ++slot) {
+        if (isImportOf(*import, function)) {
             return slot;
         }
     }
@@ -48,7 +56,7 @@ void** Image::slotIn(const IMAGE_IMPORT_DESCRIPTOR& library, const std::string& 
 }
 
 // A library may stand in the table several times.
-void** Image::slotOf(const std::string& module, const std::string& function) const {
+void** Image::slotOf(const std::string& module, const Key& function) const {
     for (const auto* library = firstImport(); library->Name != 0; ++library) {
         if (lstrcmpiA(at<const char>(library->Name), module.c_str()) != 0) {
             continue;
@@ -60,11 +68,12 @@ void** Image::slotOf(const std::string& module, const std::string& function) con
     return nullptr;
 }
 
-void** slotOf(const wchar_t* importer, const std::string& module, const std::string& function) {
+void** slotOf(const wchar_t* importer, const std::string& module, const Key& function) {
     const HMODULE image = GetModuleHandleW(importer);
     void** const slot = image != nullptr ? Image(image).slotOf(module, function) : nullptr;
     if (slot == nullptr) {
-        throw std::invalid_argument(function + " of " + module + " is not imported there");
+        const std::string what = function.name.empty() ? std::to_string(function.ordinal) : function.name;
+        throw std::invalid_argument(what + " of " + module + " is not imported there");
     }
     return slot;
 }
@@ -78,8 +87,10 @@ void write(void** slot, void* value) {
 
 }  // namespace
 
-ImportOverride::ImportOverride(
-    const std::string& module, const std::string& function, void* replacement, const wchar_t* importer, int)
+ImportOverride::ImportOverride(const std::string& module,
+                               const Key& function,
+                               const wchar_t* importer,
+                               void* replacement)
     : slot_(slotOf(importer, module, function)),
       original_(*slot_) {
     write(slot_, replacement);

@@ -1,6 +1,8 @@
 #pragma once
 
+#include <cstdint>
 #include <string>
+#include <utility>
 
 /// Replaces one function that this program imports, for as long as it lives: calls out of the program's own
 /// code, that of the tested layers included, go to the replacement. Calls inside the system's libraries stay
@@ -9,15 +11,26 @@
 /// first.
 class ImportOverride {
 public:
+    /// What a function is imported by: its name, or its ordinal and then no name.
+    struct Key {
+        // Implicit: tests name the function.
+        Key(const char* function) : name(function) {}
+        Key(std::string function) : name(std::move(function)) {}
+        Key(int number) : ordinal(static_cast<std::uint16_t>(number)) {}
+
+        std::string name;
+        std::uint16_t ordinal = 0;
+    };
+
     /// `module` is the library's file name, in any case, as the program's import table has it. `importer` is
     /// the file name of a loaded library whose imports are meant in place of the program's. Throws
-    /// std::invalid_argument when the function is not imported by this name: the test could not fail then.
+    /// std::invalid_argument when the function is not imported that way: the test could not fail then.
     template <typename Function>
     ImportOverride(const std::string& module,
-                   const std::string& function,
+                   const Key& function,
                    Function* replacement,
                    const wchar_t* importer = nullptr)
-        : ImportOverride(module, function, reinterpret_cast<void*>(replacement), importer, 0) {}
+        : ImportOverride(module, function, importer, reinterpret_cast<void*>(replacement)) {}
     ~ImportOverride();
     ImportOverride(const ImportOverride&) = delete;
     ImportOverride& operator=(const ImportOverride&) = delete;
@@ -30,10 +43,9 @@ public:
 
 private:
     ImportOverride(const std::string& module,
-                   const std::string& function,
-                   void* replacement,
+                   const Key& function,
                    const wchar_t* importer,
-                   int);
+                   void* replacement);
 
     /// The import table's entry.
     void** slot_;

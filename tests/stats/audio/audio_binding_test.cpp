@@ -3,9 +3,12 @@
 #include <gtest/gtest.h>
 
 #include <limits>
+#include <new>
 
 #include "framework/drawing/sys_exception.h"
+#include "tests/stats/audio/heap_watch.h"
 #include "tests/stats/audio/with_audio.h"
+#include "tests/support/import_override.h"
 
 namespace {
 
@@ -106,7 +109,11 @@ TEST_F(AudioBinding, VolumesThatAreNoVolumesAreBounded) {
 TEST_F(AudioBinding, ADeviceThatGoesIsReadAsSilenceOnRebinding) {
     addDevices();
     auto info = std::make_unique<SystemInfo>();
-    ASSERT_EQ(AudioSnapshot::of(*info), kSpeakersSnapshot);
+    // Muted, so that the mute states are seen to go as well.
+    audio.setLevels(kSpeakers, {{0.6F, 0.4F}, 0.6F, true});
+    audio.setLevels(kMicrophone, {{1.0F}, 1.0F, true});
+    ASSERT_TRUE(audio.settle());
+    ASSERT_EQ(AudioSnapshot::of(*info), (AudioSnapshot{60, 40, 60, true, true}));
     audio.setPresent(kSpeakers, false);
     audio.setPresent(kMicrophone, false);
     info->setChannelVolume(0, 10);
@@ -145,6 +152,69 @@ TEST_F(AudioBinding, DestructionUnregistersBeforeItReleases) {
     EXPECT_EQ(audio.callbackEvents(CallbackEvent::Registered), 2U);
     EXPECT_EQ(audio.callbackEvents(CallbackEvent::Abandoned), 0U);
     EXPECT_EQ(audio.callCount(AudioCall::UnregisterControlChangeNotify), 2U);
+}
+
+// Of what is read only 1 means muted; of a notice, everything other than 0.
+TEST_F(AudioBinding, OnlyTheMuteValueOneIsReadAsMuted) {
+    addSpeaker(L"speaker", {{1.0F, 1.0F}, 1.0F, true});
+    addMicrophone(L"microphone", true);
+    for (const std::int32_t value : {2, -1, 256}) {
+        audio.setMuteValue(value);
+        const SystemInfo info;
+        EXPECT_EQ(AudioSnapshot::of(info), (AudioSnapshot{100, 100, 100, false, false})) << value;
+    }
+}
+
+HRESULT WINAPI failToCreateGuid(GUID* guid) {
+    *guid = {0xFFFFFFFF, 0xFFFF, 0xFFFF, {}};
+    return E_FAIL;
+}
+
+TEST_F(AudioBinding, WithoutAGuidThereIsNoSampler) {
+    addDevices();
+    const std::ptrdiff_t blocks = heapBlocksInUse();
+    {
+        const ImportOverride noGuid("ole32.dll", "CoCreateGuid", &failToCreateGuid);
+        try {
+            const SystemInfo info;
+            FAIL() << "nothing was thrown";
+        } catch (const Panelix::SysException& error) {
+            EXPECT_EQ(error.message, L"Could not create Guid");
+            EXPECT_EQ(error.title, L"System Info Error");
+        }
+    }
+    EXPECT_EQ(heapBlocksInUse(), blocks);
+    EXPECT_TRUE(audio.calls().empty());
+    auto info = std::make_unique<SystemInfo>();
+    EXPECT_EQ(AudioSnapshot::of(*info), kSpeakersSnapshot);
+    expectNothingLeft(info);
+}
+
+// The endpoints are bound before the other sources are made.
+TEST_F(AudioBinding, ASamplerThatRunsOutOfMemoryWhileItIsMadeLeavesNothing) {
+    addDevices();
+    { const SystemInfo warmUp; }
+    const std::ptrdiff_t blocks = heapBlocksInUse();
+    int failures = 0;
+    for (bool reached = true; reached;) {
+        const FailingAllocation failing(failures);
+        try {
+            const SystemInfo info;
+        } catch (const std::bad_alloc&) {
+            ++failures;
+            ASSERT_TRUE(FailingAllocation::happened());
+            expectNothingLeft();
+            ASSERT_EQ(heapBlocksInUse(), blocks) << failures;
+            continue;
+        }
+        // The callbacks can be done without.
+        reached = FailingAllocation::happened();
+        failures += reached ? 1 : 0;
+    }
+    EXPECT_GT(failures, 4);
+    expectNothingLeft();
+    EXPECT_EQ(heapBlocksInUse(), blocks);
+    EXPECT_EQ(audio.callbackEvents(CallbackEvent::Abandoned), 0U);
 }
 
 TEST_F(AudioBinding, WithoutTheEnumeratorThereIsNoSampler) {

@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <new>
+
 #include "tests/stats/audio/heap_watch.h"
 #include "tests/stats/audio/task_memory_watch.h"
 #include "tests/stats/audio/with_audio.h"
@@ -136,6 +138,54 @@ TEST_F(AudioDevices, ThatGoWhileTheyAreListedAreLeftOut) {
     list(info);
     EXPECT_EQ(rows, (std::vector<Row>{kAllRows[0], kAllRows[2]}));
     EXPECT_EQ(defaultIndex, 1U);
+}
+
+// The ids of a row and of the default device take turns.
+TEST_F(AudioDevices, KeepTheirRowsWhenOneIdCannotBeRead) {
+    addDevices();
+    audio.setDefault(AudioFlow::Render, kHeadphones);
+    SystemInfo info;
+    for (std::uint32_t call = 0; call < 6; ++call) {
+        SCOPED_TRACE(call);
+        std::vector<Row> expected = kAllRows;
+        if (call % 2 == 0) {
+            expected[call / 2].id.clear();
+        }
+        // The row of the default device is the second.
+        const bool defaultIsKnown = call / 2 != 1;
+        for (const HRESULT result : {E_OUTOFMEMORY, S_OK}) {
+            audio.failCall(AudioCall::GetId, {.result = result, .skip = call, .times = 1});
+            list(info);
+            EXPECT_EQ(rows, expected);
+            EXPECT_EQ(defaultIndex, defaultIsKnown ? 1U : kUntouched);
+        }
+    }
+}
+
+TEST_F(AudioDevices, ThatCannotAllBeListedForLackOfMemoryLeaveNothing) {
+    addDevices();
+    auto info = std::make_unique<SystemInfo>();
+    const std::int32_t objects = audio.liveObjects();
+    const TaskMemoryWatch taskMemory;
+    const std::ptrdiff_t blocks = heapBlocksInUse();
+    int failures = 0;
+    for (bool failed = true; failed; ++failures) {
+        std::vector<AudioDeviceEntry> devices;
+        std::uint32_t index = kUntouched;
+        const FailingAllocation failing(failures);
+        failed = false;
+        try {
+            info->listDevices(devices, index);
+        } catch (const std::bad_alloc&) {
+            failed = true;
+        }
+        EXPECT_EQ(FailingAllocation::happened(), failed);
+        EXPECT_EQ(audio.liveObjects(), objects) << failures;
+        EXPECT_EQ(taskMemory.allocated(), taskMemory.freed()) << failures;
+    }
+    EXPECT_GT(failures, 3);
+    EXPECT_EQ(heapBlocksInUse(), blocks);
+    expectNothingLeft(info);
 }
 
 TEST_F(AudioDevices, AreListedWithoutLeavingAnythingBehind) {

@@ -2,6 +2,9 @@
 
 #include <gtest/gtest.h>
 
+#include <array>
+#include <bit>
+#include <cstdint>
 #include <limits>
 
 #include "tests/stats/audio/guarded_sampler.h"
@@ -46,6 +49,26 @@ TEST_F(AudioNotices, WithTheSamplersOwnContextChangeNothing) {
 
 TEST_F(AudioNotices, WithAnotherContextCount) {
     notify(kSpeakers, {kForeignContext, {{0.1F, 0.2F}, 0.2F, true}});
+    EXPECT_EQ(snapshot(), (AudioSnapshot{10, 20, 20, true, false}));
+}
+
+TEST_F(AudioNotices, WithAContextThatDiffersInOneBitCount) {
+    for (std::size_t bit = 0; bit < sizeof(GUID) * 8; ++bit) {
+        auto bytes = std::bit_cast<std::array<std::uint8_t, sizeof(GUID)>>(info->eventContext());
+        bytes[bit / 8] = static_cast<std::uint8_t>(bytes[bit / 8] ^ 1U << bit % 8);
+        const int percent = static_cast<int>(bit % 100);
+        const float volume = static_cast<float>(percent) / 100.0F;
+        notify(kSpeakers, {std::bit_cast<GUID>(bytes), {{volume, volume}, volume, bit % 2 != 0}});
+        notify(kMicrophone, {std::bit_cast<GUID>(bytes), {{volume}, volume, bit % 2 == 0}});
+        ASSERT_EQ(snapshot(), (AudioSnapshot{percent, percent, percent, bit % 2 != 0, bit % 2 == 0})) << bit;
+        notify(kSpeakers, {info->eventContext(), {{1.0F, 1.0F}, 1.0F, bit % 2 == 0}});
+        ASSERT_EQ(snapshot(), (AudioSnapshot{percent, percent, percent, bit % 2 != 0, bit % 2 == 0})) << bit;
+    }
+}
+
+TEST_F(AudioNotices, OfAnotherSamplerCount) {
+    const SystemInfo other;
+    notify(kSpeakers, {other.eventContext(), {{0.1F, 0.2F}, 0.2F, true}});
     EXPECT_EQ(snapshot(), (AudioSnapshot{10, 20, 20, true, false}));
 }
 
