@@ -16,7 +16,7 @@ struct AdapterSlot {
     std::atomic<std::int32_t> activityPercent;
     std::atomic<std::int32_t> engineClock;
     std::atomic<std::int32_t> temperatureMillidegrees;
-    SharedText<VirtualRadeon::kNameLength> name;
+    SharedText<char, VirtualRadeon::kNameLength> name;
 };
 
 }  // namespace

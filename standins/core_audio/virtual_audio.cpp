@@ -4,19 +4,22 @@
 #include <array>
 #include <atomic>
 #include <bit>
-#include <functional>
 #include <stdexcept>
-#include <thread>
+#include <string_view>
+
+#include "standins/call_log.h"
+#include "standins/shared_text.h"
+#include "standins/wait_until.h"
 
 namespace Standins {
 
 namespace {
 
 // "KAUD" and the version of the layout below: raise it with every change.
-constexpr std::uint64_t kIdentity = 0x4B41'5544'0000'0003;
+constexpr std::uint64_t kIdentity = 0x4B41'5544'0000'0004;
 constexpr std::chrono::seconds kHandshakeLimit{10};
 
-using Text = std::array<std::atomic<wchar_t>, VirtualAudio::kTextLength>;
+using Text = SharedText<wchar_t, VirtualAudio::kTextLength>;
 
 struct LevelsSlot {
     std::atomic<std::uint32_t> channelCount;
@@ -43,20 +46,8 @@ struct FailureSlot {
     std::atomic<std::uint32_t> times;
 };
 
-// In both rings `sequence` is one more than the number of the entry in the slot; a reader that sees the same
-// before and after copying has read one entry and not parts of two.
-struct CallSlot {
-    std::atomic<std::uint64_t> sequence;
-    std::atomic<std::uint64_t> timeUs;
-    std::atomic<std::uint32_t> threadId;
-    std::atomic<AudioCall> call;
-    std::atomic<std::int32_t> device;
-    std::atomic<std::uint32_t> first;
-    std::atomic<std::uint32_t> second;
-    std::atomic<float> scalar;
-    std::atomic<std::uint32_t> withContext;
-};
-
+// `sequence` is one more than the number of the entry in the slot; a reader that sees the same before and
+// after copying has read one entry and not parts of two.
 struct NoticeSlot {
     std::atomic<std::uint64_t> sequence;
     std::atomic<std::uint32_t> device;
@@ -78,26 +69,6 @@ std::size_t slotOf(AudioObject kind) noexcept {
     return static_cast<std::size_t>(kind);
 }
 
-void storeText(Text& slot, std::wstring_view text) noexcept {
-    const std::size_t length = std::min(text.size(), slot.size() - 1);
-    for (std::size_t i = 0; i < length; ++i) {
-        slot[i].store(text[i], std::memory_order_relaxed);
-    }
-    slot[length].store(L'\0', std::memory_order_release);
-}
-
-std::wstring loadText(const Text& slot) {
-    std::wstring text;
-    for (const std::atomic<wchar_t>& character : slot) {
-        const wchar_t value = character.load(std::memory_order_relaxed);
-        if (value == L'\0') {
-            break;
-        }
-        text += value;
-    }
-    return text;
-}
-
 void store(LevelsSlot& slot, const AudioLevels& levels) noexcept {
     const std::size_t count = std::min(levels.channels.size(), slot.channels.size());
     for (std::size_t i = 0; i < count; ++i) {
@@ -117,17 +88,6 @@ AudioLevels load(const LevelsSlot& slot) {
     levels.master = slot.master.load(std::memory_order_relaxed);
     levels.muted = slot.muted.load(std::memory_order_relaxed) != 0;
     return levels;
-}
-
-bool waitFor(const std::function<bool()>& condition, std::chrono::milliseconds limit) {
-    const auto deadline = std::chrono::steady_clock::now() + limit;
-    while (!condition()) {
-        if (std::chrono::steady_clock::now() >= deadline) {
-            return false;
-        }
-        std::this_thread::sleep_for(std::chrono::milliseconds(1));
-    }
-    return true;
 }
 
 AudioDevice usualDevice(AudioFlow flow, const std::wstring& id, const std::wstring& name, float volume) {
@@ -154,9 +114,7 @@ struct VirtualAudio::Record {
     std::atomic<std::uint32_t> serviceLife;
     std::array<FailureSlot, kAudioCallCount> failures;
 
-    std::array<std::atomic<std::uint64_t>, kAudioCallCount> callCounts;
-    std::atomic<std::uint64_t> callsLogged;
-    std::array<CallSlot, kCallLogLength> calls;
+    CallLog log;
     Text lastDefaultId;
     std::array<std::atomic<std::int32_t>, kAudioObjectCount> objects;
     std::array<std::atomic<std::int32_t>, kAudioObjectCount> references;
@@ -203,8 +161,8 @@ std::optional<std::uint32_t> VirtualAudio::addDevice(const AudioDevice& device) 
     slot.flow.store(device.flow, std::memory_order_relaxed);
     slot.idMissing.store(device.idMissing ? 1 : 0, std::memory_order_relaxed);
     slot.nameKind.store(device.nameKind, std::memory_order_relaxed);
-    storeText(slot.id, device.id);
-    storeText(slot.name, device.name);
+    slot.id.set(device.id);
+    slot.name.set(device.name);
     store(slot.levels, device.levels);
     slot.present.store(1, std::memory_order_relaxed);
     r.deviceCount.store(index + 1, std::memory_order_release);
@@ -232,9 +190,9 @@ AudioDevice VirtualAudio::device(std::uint32_t index) const {
     const DeviceSlot& slot = record().devices.at(index);
     AudioDevice device;
     device.flow = slot.flow.load();
-    device.id = loadText(slot.id);
+    device.id = slot.id.text();
     device.idMissing = slot.idMissing.load() != 0;
-    device.name = loadText(slot.name);
+    device.name = slot.name.text();
     device.nameKind = slot.nameKind.load();
     device.levels = load(slot.levels);
     return device;
@@ -338,7 +296,7 @@ void VirtualAudio::postNotice(std::uint32_t index, const AudioNotice& notice) no
 bool VirtualAudio::settle(std::chrono::milliseconds limit) const {
     const Record& r = record();
     const std::uint64_t posted = r.noticesPosted.load();
-    return waitFor([&r, posted] { return r.noticesHandled.load() >= posted; }, limit);
+    return waitUntil([&r, posted] { return r.noticesHandled.load() >= posted; }, limit);
 }
 
 bool VirtualAudio::setFlood(std::uint32_t threads) {
@@ -346,8 +304,8 @@ bool VirtualAudio::setFlood(std::uint32_t threads) {
     const std::uint32_t wanted = std::min(threads, kMaxFloodThreads);
     r.floodWanted.store(wanted);
     SetEvent(wake_.get());
-    return waitFor([&r, wanted] { return r.floodRunning.load() == static_cast<std::int32_t>(wanted); },
-                   kHandshakeLimit);
+    return waitUntil([&r, wanted] { return r.floodRunning.load() == static_cast<std::int32_t>(wanted); },
+                     kHandshakeLimit);
 }
 
 void VirtualAudio::setKeepsCallbacks(bool keep) noexcept {
@@ -358,41 +316,33 @@ bool VirtualAudio::dropKeptCallbacks() {
     Record& r = record();
     r.dropWanted.store(1);
     SetEvent(wake_.get());
-    return waitFor([&r] { return r.dropWanted.load() == 0; }, kHandshakeLimit);
+    return waitUntil([&r] { return r.dropWanted.load() == 0; }, kHandshakeLimit);
 }
 
 std::uint64_t VirtualAudio::callCount(AudioCall call) const noexcept {
-    return record().callCounts[slotOf(call)].load();
+    return record().log.count(static_cast<std::uint32_t>(call));
 }
 
 std::vector<AudioCallEntry> VirtualAudio::calls() const {
-    const Record& r = record();
-    const std::uint64_t end = r.callsLogged.load(std::memory_order_acquire);
     std::vector<AudioCallEntry> entries;
-    for (std::uint64_t number = end > kCallLogLength ? end - kCallLogLength : 0; number < end; ++number) {
-        const CallSlot& slot = r.calls[number % kCallLogLength];
-        if (slot.sequence.load(std::memory_order_acquire) != number + 1) {
-            continue;
-        }
+    for (const LoggedCall& call : record().log.entries()) {
+        const auto& [device, first, second, scalar, withContext] = call.arguments;
         AudioCallEntry entry;
-        entry.timeUs = slot.timeUs.load(std::memory_order_relaxed);
-        entry.threadId = slot.threadId.load(std::memory_order_relaxed);
-        entry.call = slot.call.load(std::memory_order_relaxed);
-        entry.device = slot.device.load(std::memory_order_relaxed);
-        entry.first = slot.first.load(std::memory_order_relaxed);
-        entry.second = slot.second.load(std::memory_order_relaxed);
-        entry.scalar = slot.scalar.load(std::memory_order_relaxed);
-        entry.withContext = slot.withContext.load(std::memory_order_relaxed) != 0;
-        std::atomic_thread_fence(std::memory_order_acquire);
-        if (slot.sequence.load(std::memory_order_relaxed) == number + 1) {
-            entries.push_back(entry);
-        }
+        entry.timeUs = call.timeUs;
+        entry.threadId = call.threadId;
+        entry.call = static_cast<AudioCall>(call.call);
+        entry.device = static_cast<std::int32_t>(device);
+        entry.first = static_cast<std::uint32_t>(first);
+        entry.second = static_cast<std::uint32_t>(second);
+        entry.scalar = std::bit_cast<float>(static_cast<std::uint32_t>(scalar));
+        entry.withContext = withContext != 0;
+        entries.push_back(entry);
     }
     return entries;
 }
 
 std::wstring VirtualAudio::lastDefaultId() const {
-    return loadText(record().lastDefaultId);
+    return record().lastDefaultId.text();
 }
 
 std::int32_t VirtualAudio::liveObjects(AudioObject kind) const noexcept {
@@ -433,20 +383,12 @@ std::uint32_t VirtualAudio::lastNoticeThread() const noexcept {
 
 std::optional<HRESULT> VirtualAudio::enter(const AudioCallEntry& call) noexcept {
     Record& r = record();
-    const std::uint64_t number = r.callsLogged.fetch_add(1);
-    CallSlot& slot = r.calls[number % kCallLogLength];
-    slot.sequence.store(0, std::memory_order_relaxed);
-    std::atomic_thread_fence(std::memory_order_release);
-    slot.timeUs.store(nowMicroseconds(), std::memory_order_relaxed);
-    slot.threadId.store(GetCurrentThreadId(), std::memory_order_relaxed);
-    slot.call.store(call.call, std::memory_order_relaxed);
-    slot.device.store(call.device, std::memory_order_relaxed);
-    slot.first.store(call.first, std::memory_order_relaxed);
-    slot.second.store(call.second, std::memory_order_relaxed);
-    slot.scalar.store(call.scalar, std::memory_order_relaxed);
-    slot.withContext.store(call.withContext ? 1 : 0, std::memory_order_relaxed);
-    slot.sequence.store(number + 1, std::memory_order_release);
-    r.callCounts[slotOf(call.call)].fetch_add(1);
+    r.log.add(static_cast<std::uint32_t>(call.call),
+              {call.device,
+               call.first,
+               call.second,
+               std::bit_cast<std::uint32_t>(call.scalar),
+               call.withContext ? 1 : 0});
 
     FailureSlot& failure = r.failures[slotOf(call.call)];
     if (failure.active.load() == 0) {
@@ -466,7 +408,7 @@ std::optional<HRESULT> VirtualAudio::enter(const AudioCallEntry& call) noexcept 
 }
 
 void VirtualAudio::recordDefaultId(const wchar_t* id) noexcept {
-    storeText(record().lastDefaultId, id == nullptr ? std::wstring_view() : std::wstring_view(id));
+    record().lastDefaultId.set(id == nullptr ? std::wstring_view() : std::wstring_view(id));
 }
 
 void VirtualAudio::countObject(AudioObject kind, std::int32_t change) noexcept {
@@ -494,7 +436,7 @@ void VirtualAudio::countNotice(HRESULT result) noexcept {
 
 std::optional<std::uint32_t> VirtualAudio::findDevice(const wchar_t* id) const {
     for (std::uint32_t index = 0; id != nullptr && index < deviceCount(); ++index) {
-        if (isPresent(index) && loadText(record().devices[index].id) == id) {
+        if (isPresent(index) && record().devices[index].id.text() == id) {
             return index;
         }
     }

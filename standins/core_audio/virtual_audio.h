@@ -99,7 +99,7 @@ struct AudioLevels {
 
 struct AudioDevice {
     AudioFlow flow = AudioFlow::Render;
-    /// At most VirtualAudio::kTextLength - 1 characters, as for the name.
+    /// At most VirtualAudio::kTextLength characters, as for the name.
     std::wstring id;
     /// The device's GetId succeeds with a null string.
     bool idMissing = false;
@@ -135,8 +135,6 @@ public:
     static constexpr std::size_t kMaxDevices = 32;
     static constexpr std::size_t kMaxChannels = 8;
     static constexpr std::size_t kTextLength = 128;
-    /// The newest calls that can be read back.
-    static constexpr std::size_t kCallLogLength = 4096;
     /// Notices that may wait at one time; older ones are lost.
     static constexpr std::size_t kNoticeQueueLength = 256;
 

@@ -26,7 +26,7 @@ struct VirtualCoreTemp::Record {
     std::atomic<float> multiplier;
     std::atomic<float> vidVolts;
     std::array<std::atomic<float>, CoreTempFigures::kMaxCores> temperatures;
-    SharedText<kNameLength> name;
+    SharedText<char, kNameLength> name;
     CallLog log;
 };
 

@@ -12,7 +12,7 @@
 #include "framework/core/unique_resource.h"
 #include "standins/lcd_sdk/frame_png.h"
 #include "standins/lcd_sdk/gdiplus_session.h"
-#include "standins/lcd_sdk/virtual_g19.h"
+#include "standins/wait_until.h"
 
 // Shows Kelvaro's preview window, as its tray menu does, and saves what the screen then has there.
 // preview_shot.exe FILE.png SECONDS

@@ -18,6 +18,7 @@
 #include "standins/lcd_sdk/registration.h"
 #include "standins/lcd_sdk/tool_options.h"
 #include "standins/lcd_sdk/virtual_g19.h"
+#include "standins/wait_until.h"
 
 namespace {
 

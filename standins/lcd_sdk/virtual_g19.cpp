@@ -2,24 +2,26 @@
 
 #include <windows.h>
 
-#include <algorithm>
+#include <array>
 #include <atomic>
 #include <cstring>
-#include <cwchar>
-#include <thread>
+#include <string_view>
+
+#include "standins/call_log.h"
+#include "standins/shared_text.h"
 
 namespace Standins {
 
 namespace {
 
-constexpr std::size_t kInitNameLength = 128;
+constexpr std::size_t kInitNameLength = 127;
 // One more than can be read back: the program may be writing the next frame at any time.
 constexpr std::size_t kFrameSlots = VirtualG19::kFrameLogLength + 1;
 constexpr std::size_t kFrameWords = Panelix::LcdSdk::kColorFrameBytes / sizeof(std::uint64_t);
 static_assert(Panelix::LcdSdk::kColorFrameBytes % sizeof(std::uint64_t) == 0);
 
 // "KG19" and the version of the layout below: raise it with every change.
-constexpr std::uint64_t kIdentity = 0x4B47'3139'0000'0001;
+constexpr std::uint64_t kIdentity = 0x4B47'3139'0000'0002;
 
 constexpr std::uint64_t kFnvStart = 0xCBF2'9CE4'8422'2325;
 constexpr std::uint64_t kFnvPrime = 0x0000'0100'0000'01B3;
@@ -27,12 +29,6 @@ constexpr std::uint64_t kFnvPrime = 0x0000'0100'0000'01B3;
 struct ScriptStep {
     std::atomic<std::uint32_t> buttons;
     std::atomic<std::uint32_t> passes;
-};
-
-struct CallSlot {
-    std::atomic<std::uint64_t> timeUs;
-    std::atomic<std::uint32_t> call;
-    std::atomic<std::uint32_t> argument;
 };
 
 // `sequence` is 0 while the slot is being written, else the number of the frame in it: a reader that sees the
@@ -46,9 +42,6 @@ struct FrameSlot {
     std::uint64_t words[kFrameWords];
 };
 
-static_assert(std::atomic<std::uint64_t>::is_always_lock_free, "locks do not work between processes");
-static_assert(std::atomic<std::uint32_t>::is_always_lock_free);
-
 }  // namespace
 
 struct VirtualG19::Record {
@@ -57,7 +50,7 @@ struct VirtualG19::Record {
     std::atomic<KeyboardState> state;
     std::atomic<std::uint32_t> processId;
     std::atomic<std::int32_t> initType;
-    std::array<std::atomic<wchar_t>, kInitNameLength> initName;
+    SharedText<wchar_t, kInitNameLength> initName;
 
     std::atomic<std::uint32_t> refuseInit;
     std::atomic<std::uint32_t> disconnected;
@@ -69,9 +62,7 @@ struct VirtualG19::Record {
     std::atomic<std::uint32_t> stepsDone;
     std::array<ScriptStep, kScriptLength> script;
 
-    std::array<std::atomic<std::uint64_t>, kLcdCallCount> callCounts;
-    std::atomic<std::uint64_t> callsLogged;
-    std::array<CallSlot, kCallLogLength> calls;
+    CallLog log;
 
     std::atomic<std::uint64_t> framesShown;
     std::array<FrameSlot, kFrameSlots> frames;
@@ -98,23 +89,12 @@ VirtualG19::Record& VirtualG19::record() const noexcept {
 }
 
 void VirtualG19::recordCall(LcdCall call, std::uint32_t argument) noexcept {
-    Record& r = record();
-    const std::uint64_t index = r.callsLogged.load(std::memory_order_relaxed);
-    CallSlot& slot = r.calls[index % kCallLogLength];
-    slot.timeUs.store(nowMicroseconds(), std::memory_order_relaxed);
-    slot.call.store(static_cast<std::uint32_t>(call), std::memory_order_relaxed);
-    slot.argument.store(argument, std::memory_order_relaxed);
-    r.callsLogged.store(index + 1, std::memory_order_release);
-    r.callCounts[static_cast<std::size_t>(call)].fetch_add(1, std::memory_order_release);
+    record().log.add(static_cast<std::uint32_t>(call), {argument});
 }
 
 void VirtualG19::recordInit(const wchar_t* name, int type, bool accepted) noexcept {
     Record& r = record();
-    const std::size_t length = name == nullptr ? 0 : std::min(std::wcslen(name), kInitNameLength - 1);
-    for (std::size_t i = 0; i < length; ++i) {
-        r.initName[i].store(name[i], std::memory_order_relaxed);
-    }
-    r.initName[length].store(L'\0', std::memory_order_relaxed);
+    r.initName.set(name == nullptr ? std::wstring_view() : std::wstring_view(name));
     r.initType.store(type, std::memory_order_relaxed);
     r.processId.store(GetCurrentProcessId(), std::memory_order_relaxed);
     if (accepted) {
@@ -201,38 +181,20 @@ LcdInitRecord VirtualG19::initRecord() const {
     const Record& r = record();
     LcdInitRecord init;
     init.type = r.initType.load(std::memory_order_acquire);
-    for (const std::atomic<wchar_t>& character : r.initName) {
-        const wchar_t value = character.load(std::memory_order_relaxed);
-        if (value == L'\0') {
-            break;
-        }
-        init.name += value;
-    }
+    init.name = r.initName.text();
     return init;
 }
 
 std::uint64_t VirtualG19::callCount(LcdCall call) const noexcept {
-    return record().callCounts[static_cast<std::size_t>(call)].load(std::memory_order_acquire);
+    return record().log.count(static_cast<std::uint32_t>(call));
 }
 
 std::vector<LcdCallEntry> VirtualG19::calls() const {
-    const Record& r = record();
-    const std::uint64_t end = r.callsLogged.load(std::memory_order_acquire);
-    const std::uint64_t begin = end > kCallLogLength ? end - kCallLogLength : 0;
     std::vector<LcdCallEntry> entries;
-    for (std::uint64_t i = begin; i < end; ++i) {
-        const CallSlot& slot = r.calls[i % kCallLogLength];
-        entries.push_back({slot.timeUs.load(std::memory_order_relaxed),
-                           static_cast<LcdCall>(slot.call.load(std::memory_order_relaxed)),
-                           slot.argument.load(std::memory_order_relaxed)});
-    }
-    // The library went on meanwhile: what it has overwritten, or is just overwriting, does not count.
-    std::atomic_thread_fence(std::memory_order_acquire);
-    const std::uint64_t now = r.callsLogged.load(std::memory_order_relaxed);
-    const std::uint64_t firstSafe = now >= kCallLogLength ? now - kCallLogLength + 1 : 0;
-    if (firstSafe > begin) {
-        const std::uint64_t lost = std::min(firstSafe - begin, end - begin);
-        entries.erase(entries.begin(), entries.begin() + static_cast<std::ptrdiff_t>(lost));
+    for (const LoggedCall& call : record().log.entries()) {
+        entries.push_back({call.timeUs,
+                           static_cast<LcdCall>(call.call),
+                           static_cast<std::uint32_t>(call.arguments.front())});
     }
     return entries;
 }
@@ -313,17 +275,6 @@ void VirtualG19::setConnected(bool connected) noexcept {
 
 bool VirtualG19::isConnected() const noexcept {
     return record().disconnected.load(std::memory_order_acquire) == 0;
-}
-
-bool waitUntil(const std::function<bool()>& condition, std::chrono::milliseconds limit) {
-    const auto deadline = std::chrono::steady_clock::now() + limit;
-    while (!condition()) {
-        if (std::chrono::steady_clock::now() >= deadline) {
-            return false;
-        }
-        std::this_thread::sleep_for(std::chrono::milliseconds(2));
-    }
-    return true;
 }
 
 }  // namespace Standins

@@ -1,10 +1,7 @@
 #pragma once
 
-#include <array>
-#include <chrono>
 #include <cstddef>
 #include <cstdint>
-#include <functional>
 #include <optional>
 #include <string>
 #include <vector>
@@ -73,8 +70,6 @@ class VirtualG19 {
 public:
     /// The newest frames that can be read back whole.
     static constexpr std::size_t kFrameLogLength = 64;
-    /// The newest calls that can be read back.
-    static constexpr std::size_t kCallLogLength = 4096;
     /// Script steps that may wait at one time.
     static constexpr std::size_t kScriptLength = 256;
 
@@ -148,8 +143,5 @@ private:
     SharedRecord shared_;
     bool framePending_ = false;
 };
-
-/// Asks `condition` every other millisecond until it is true; false when `limit` has passed before.
-bool waitUntil(const std::function<bool()>& condition, std::chrono::milliseconds limit);
 
 }  // namespace Standins

@@ -23,7 +23,7 @@ struct GpuSlot {
     std::atomic<std::uint32_t> memoryKB;
     std::atomic<std::uint32_t> freeMemoryKB;
     std::atomic<std::uint32_t> coreClockKHz;
-    SharedText<VirtualNvidia::kTextLength> name;
+    SharedText<char, VirtualNvidia::kTextLength> name;
 };
 
 }  // namespace
@@ -37,7 +37,7 @@ struct VirtualNvidia::Record {
     std::array<GpuSlot, kMaxGpus> gpus;
     std::array<std::atomic<std::uint32_t>, kNvapiCallCount> missing;
     std::array<std::atomic<std::int32_t>, kNvapiCallCount> statuses;
-    SharedText<kTextLength> errorText;
+    SharedText<char, kTextLength> errorText;
     CallLog log;
 };
 

@@ -10,6 +10,7 @@
 #include "framework/core/lcd_sdk_abi.h"
 #include "standins/lcd_sdk/standin_paths.h"
 #include "standins/lcd_sdk/virtual_g19.h"
+#include "standins/wait_until.h"
 #include "tests/e2e/kelvaro_program.h"
 #include "tests/support/child_process.h"
 #include "tests/support/lcd_registration.h"

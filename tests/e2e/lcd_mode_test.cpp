@@ -12,6 +12,7 @@
 #include <vector>
 
 #include "framework/drawing/screenshot_name.h"
+#include "standins/wait_until.h"
 #include "tests/e2e/kelvaro_on_keyboard.h"
 #include "tests/support/busy_processors.h"
 #include "tests/support/desktop_driver.h"

@@ -6,6 +6,7 @@
 #include <string>
 #include <vector>
 
+#include "standins/wait_until.h"
 #include "tests/e2e/equipped_kelvaro.h"
 #include "tests/support/desktop_driver.h"
 

@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "framework/drawing/canvas.h"
+#include "standins/wait_until.h"
 #include "tests/e2e/equipped_kelvaro.h"
 #include "tests/pages/page_painter.h"
 #include "tests/support/registry_override.h"

@@ -11,6 +11,7 @@
 
 #include "standins/lcd_sdk/gdiplus_session.h"
 #include "standins/lcd_sdk/viewer_layout.h"
+#include "standins/wait_until.h"
 
 namespace {
 

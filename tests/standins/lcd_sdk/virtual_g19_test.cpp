@@ -12,6 +12,7 @@
 #include <vector>
 
 #include "standins/shared_record.h"
+#include "standins/wait_until.h"
 
 namespace {
 
