@@ -13,6 +13,10 @@ struct Place {
 
 Place placeOf(VendorLibrary library) {
     switch (library) {
+        case VendorLibrary::LcdSdk:
+            return {"lcd_sdk", "LogitechLcd.dll"};
+        case VendorLibrary::CoreAudio:
+            return {"core_audio", "core_audio_standin.dll"};
         case VendorLibrary::Nvapi:
             return {"nvapi", "nvapi64.dll"};
         case VendorLibrary::Adl:

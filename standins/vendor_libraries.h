@@ -6,13 +6,16 @@ namespace Standins {
 
 /// The vendor libraries that there are stand-ins of.
 enum class VendorLibrary {
+    LcdSdk,
+    CoreAudio,
     Nvapi,
     Adl,
     CoreTemp,
     Xinput,
 };
 
-/// Full path of the stand-in, which bears the vendor's file name, in the form that LoadLibraryW takes.
+/// Full path of the stand-in, which bears the vendor's file name, in the form that LoadLibraryW and the
+/// registry take. Core Audio is a part of the system: its file name is our own.
 std::wstring vendorLibraryPath(VendorLibrary library);
 
 /// The same for one of the variants that are built for tests, by its folder's name. They stand in the

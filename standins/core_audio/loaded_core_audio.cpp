@@ -4,9 +4,10 @@
 #include <objbase.h>
 #include <wrl/client.h>
 
-#include <filesystem>
 #include <stdexcept>
 
+#include "framework/core/exported_function.h"
+#include "standins/vendor_libraries.h"
 #include "stats/policy_config_abi.h"
 
 namespace Standins {
@@ -16,12 +17,11 @@ namespace {
 using GetClassObject = HRESULT WINAPI(REFCLSID clsid, REFIID iid, LPVOID* out);
 
 GetClassObject* loadClassObjects() {
-    const HMODULE library = LoadLibraryW(coreAudioPath().c_str());
+    const HMODULE library = LoadLibraryW(vendorLibraryPath(VendorLibrary::CoreAudio).c_str());
     if (library == nullptr) {
         throw std::runtime_error("The audio stand-in cannot be loaded");
     }
-    return reinterpret_cast<GetClassObject*>(
-        reinterpret_cast<void*>(GetProcAddress(library, "DllGetClassObject")));
+    return Panelix::exportedFunction<GetClassObject>(library, "DllGetClassObject");
 }
 
 DWORD registerClass(GetClassObject* getClassObject, REFCLSID clsid) {
@@ -36,12 +36,6 @@ DWORD registerClass(GetClassObject* getClassObject, REFCLSID clsid) {
 }
 
 }  // namespace
-
-std::wstring coreAudioPath() {
-    return (std::filesystem::path(KELVARO_CORE_AUDIO_FOLDER) / KELVARO_CORE_AUDIO_FILE)
-        .make_preferred()
-        .wstring();
-}
 
 LoadedCoreAudio::LoadedCoreAudio(bool withPolicyConfig) {
     // The library stays: its threads run to the end of the process.

@@ -2,12 +2,7 @@
 
 #include <windows.h>
 
-#include <string>
-
 namespace Standins {
-
-/// Full path of the stand-in library, in the form that the registry and LoadLibraryW take.
-std::wstring coreAudioPath();
 
 /// While it lives, the Core Audio classes of this process are the stand-in's: nothing is written to the
 /// registry, so that any number of tests can run side by side. COM must be running on the thread.

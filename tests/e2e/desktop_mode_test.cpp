@@ -12,7 +12,7 @@
 #include <vector>
 
 #include "app/resource_ids.h"
-#include "standins/lcd_sdk/standin_paths.h"
+#include "standins/vendor_libraries.h"
 #include "tests/e2e/desktop_fixture.h"
 #include "tests/support/temporary_folder.h"
 
@@ -147,9 +147,10 @@ TEST_F(KelvaroOnTheDesktop, StartsHiddenAtTheBottomRightOfTheWorkAreaWithATrayIc
 }
 
 TEST_F(KelvaroOnTheDesktop, IsWhatEveryFailureOfTheLcdLibraryLeadsTo) {
-    for (const std::wstring& library : {std::wstring(L"C:\\missing\\LogitechLcd.dll"),
-                                        std::wstring(kKelvaroProgram),
-                                        Standins::lcdSdkPathWithout("LogiLcdInit")}) {
+    for (const std::wstring& library :
+         {std::wstring(L"C:\\missing\\LogitechLcd.dll"),
+          std::wstring(kKelvaroProgram),
+          Standins::vendorLibraryPath(Standins::VendorLibrary::LcdSdk, "without_LogiLcdInit")}) {
         const LcdRegistrationScope registration(library);
         start();
         choose(kExitItem);
@@ -159,7 +160,9 @@ TEST_F(KelvaroOnTheDesktop, IsWhatEveryFailureOfTheLcdLibraryLeadsTo) {
 
 TEST_F(KelvaroOnTheDesktop, IsWhatAnLcdLibraryLeadsToThatIsPlantedWhereTheProgramIsStarted) {
     const TemporaryFolder folder;
-    ASSERT_NE(CopyFileW(Standins::lcdSdkPath().c_str(), (folder.path() + L"\\planted_lcd.dll").c_str(), TRUE),
+    ASSERT_NE(CopyFileW(Standins::vendorLibraryPath(Standins::VendorLibrary::LcdSdk).c_str(),
+                        (folder.path() + L"\\planted_lcd.dll").c_str(),
+                        TRUE),
               FALSE);
     const StartingFolder starting(folder.path());
     for (const wchar_t* value : {L"planted_lcd.dll", L".\\planted_lcd.dll"}) {

@@ -8,12 +8,13 @@
 #include <cstdint>
 
 #include "framework/core/lcd_sdk_abi.h"
-#include "standins/lcd_sdk/standin_paths.h"
 #include "standins/lcd_sdk/virtual_g19.h"
+#include "standins/vendor_libraries.h"
 #include "standins/wait_until.h"
 #include "tests/e2e/kelvaro_program.h"
 #include "tests/support/child_process.h"
 #include "tests/support/lcd_registration.h"
+#include "tests/support/standin_session.h"
 
 /// A machine with a virtual keyboard on which the shipped program can be started.
 class KelvaroOnTheKeyboard : public testing::Test {
@@ -43,11 +44,7 @@ protected:
         ASSERT_TRUE(keyboard.addScriptStep(Panelix::LcdSdk::kButtonOk, 2));
     }
 
-    struct OwnSession {
-        OwnSession() { Standins::useOwnSession(); }
-    };
-
-    OwnSession session;
+    StandinSession session;
     Standins::VirtualG19 keyboard;
-    LcdRegistrationScope registration{Standins::lcdSdkPath()};
+    LcdRegistrationScope registration{Standins::vendorLibraryPath(Standins::VendorLibrary::LcdSdk)};
 };

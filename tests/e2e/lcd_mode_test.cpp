@@ -12,6 +12,7 @@
 #include <vector>
 
 #include "framework/drawing/screenshot_name.h"
+#include "standins/vendor_libraries.h"
 #include "standins/wait_until.h"
 #include "tests/e2e/kelvaro_on_keyboard.h"
 #include "tests/support/busy_processors.h"
@@ -49,7 +50,9 @@ TEST_F(KelvaroOnTheKeyboard, FindsALibraryThatIsRegisteredByItsNameBesideItself)
     const TemporaryFolder folder;
     const std::wstring program = folder.path() + L"\\Kelvaro.exe";
     ASSERT_NE(CopyFileW(kKelvaroProgram, program.c_str(), TRUE), FALSE);
-    ASSERT_NE(CopyFileW(Standins::lcdSdkPath().c_str(), (folder.path() + L"\\beside_lcd.dll").c_str(), TRUE),
+    ASSERT_NE(CopyFileW(Standins::vendorLibraryPath(Standins::VendorLibrary::LcdSdk).c_str(),
+                        (folder.path() + L"\\beside_lcd.dll").c_str(),
+                        TRUE),
               FALSE);
     const LcdRegistrationScope byName(L"beside_lcd.dll");
     const ChildProcess kelvaro(program);

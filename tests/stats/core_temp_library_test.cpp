@@ -14,7 +14,7 @@
 #include "stats/core_temp_reading.h"
 #include "tests/stats/core_temp_cases.h"
 #include "tests/stats/preloaded_library.h"
-#include "tests/stats/standin_session.h"
+#include "tests/support/standin_session.h"
 
 namespace {
 

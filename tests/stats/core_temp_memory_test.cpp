@@ -11,7 +11,7 @@
 #include "tests/stats/core_temp_cases.h"
 #include "tests/stats/free_handles.h"
 #include "tests/stats/preloaded_library.h"
-#include "tests/stats/standin_session.h"
+#include "tests/support/standin_session.h"
 #include "tests/support/import_override.h"
 
 // The mappings' names are Core Temp's own, the same for every program of the session: these tests run alone.

@@ -10,7 +10,7 @@
 #include <vector>
 
 #include "standins/xinput/virtual_gamepad.h"
-#include "tests/stats/standin_session.h"
+#include "tests/support/standin_session.h"
 
 namespace {
 

@@ -12,7 +12,7 @@
 #include "standins/vendor_libraries.h"
 #include "tests/stats/preloaded_library.h"
 #include "tests/stats/private_memory.h"
-#include "tests/stats/standin_session.h"
+#include "tests/support/standin_session.h"
 #include "tests/support/import_override.h"
 
 namespace {

@@ -11,7 +11,7 @@
 #include "standins/nvapi/virtual_nvidia.h"
 #include "standins/vendor_libraries.h"
 #include "tests/stats/preloaded_library.h"
-#include "tests/stats/standin_session.h"
+#include "tests/support/standin_session.h"
 
 namespace {
 

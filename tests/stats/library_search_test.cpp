@@ -14,7 +14,7 @@
 #include "stats/gpu_amd.h"
 #include "stats/gpu_nvidia.h"
 #include "stats/system_info.h"
-#include "tests/stats/standin_session.h"
+#include "tests/support/standin_session.h"
 
 // Where the vendors' libraries are looked for. The tests put files into places that other programs see as
 // well, so they run alone.

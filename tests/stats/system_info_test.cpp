@@ -27,7 +27,7 @@
 #include "tests/stats/core_temp_cases.h"
 #include "tests/stats/preloaded_library.h"
 #include "tests/stats/private_memory.h"
-#include "tests/stats/standin_session.h"
+#include "tests/support/standin_session.h"
 #include "tests/support/busy_processors.h"
 #include "tests/support/import_override.h"
 #include "tests/support/registry_override.h"

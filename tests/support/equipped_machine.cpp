@@ -4,6 +4,7 @@
 
 #include <gtest/gtest.h>
 
+#include "framework/core/exported_function.h"
 #include "framework/core/unique_resource.h"
 #include "standins/core_audio/loaded_core_audio.h"
 #include "standins/vendor_libraries.h"
@@ -24,18 +25,18 @@ void copyTo(const std::wstring& from, const std::wstring& to) {
 
 /// What belongs to a prefix of the tests' own may be overwritten; the machine's driver may not.
 bool runsUnderWine() {
-    return GetProcAddress(GetModuleHandleW(L"ntdll.dll"), "wine_get_version") != nullptr;
+    return Panelix::exportedFunction(GetModuleHandleW(L"ntdll.dll"), "wine_get_version") != nullptr;
 }
 
 /// Calls DllRegisterServer or DllUnregisterServer of the sound system's stand-in.
 bool callAudioServer(const char* function) {
-    const Panelix::UniqueModule server(LoadLibraryW(Standins::coreAudioPath().c_str()));
+    const Panelix::UniqueModule server(
+        LoadLibraryW(Standins::vendorLibraryPath(Standins::VendorLibrary::CoreAudio).c_str()));
     if (!server) {
         return false;
     }
     using Registration = HRESULT STDAPICALLTYPE();
-    auto* const call =
-        reinterpret_cast<Registration*>(reinterpret_cast<void*>(GetProcAddress(server.get(), function)));
+    auto* const call = Panelix::exportedFunction<Registration>(server.get(), function);
     return call != nullptr && SUCCEEDED(call());
 }
 

@@ -11,8 +11,10 @@
 
 #include "framework/core/lcd_library.h"
 #include "framework/core/lcd_sdk_abi.h"
+#include "standins/vendor_libraries.h"
 #include "tests/framework/core/lcd_fixture.h"
 #include "tests/support/import_recorder.h"
+#include "tests/support/standin_session.h"
 #include "tests/support/temporary_folder.h"
 
 namespace {
@@ -268,7 +270,7 @@ class LcdLibraryPath : public testing::Test {
 protected:
     /// The stand-in's path, stretched by "\." parts to a length.
     static std::wstring pathOfLength(std::size_t length) {
-        std::wstring path = Standins::lcdSdkPath();
+        std::wstring path = Standins::vendorLibraryPath(Standins::VendorLibrary::LcdSdk);
         std::replace(path.begin(), path.end(), L'/', L'\\');
         const std::size_t file = path.rfind(L'\\');
         std::wstring padding;
@@ -306,7 +308,10 @@ protected:
     PlantedLcdLibrary() {
         Standins::useOwnSession();
         SetLastError(ERROR_SUCCESS);
-        EXPECT_NE(CopyFileW(Standins::lcdSdkPath().c_str(), inFolder(kName).c_str(), TRUE), FALSE);
+        EXPECT_NE(CopyFileW(Standins::vendorLibraryPath(Standins::VendorLibrary::LcdSdk).c_str(),
+                            inFolder(kName).c_str(),
+                            TRUE),
+                  FALSE);
         GetCurrentDirectoryW(static_cast<DWORD>(directory.size()), directory.data());
     }
     ~PlantedLcdLibrary() override { SetCurrentDirectoryW(directory.data()); }
@@ -385,7 +390,8 @@ class LcdLibraryWithout : public testing::Test {
 protected:
     /// Answers what Init answered.
     bool useWithout(const std::string& exportName) {
-        registerLcdLibrary(Standins::lcdSdkPathWithout(exportName));
+        registerLcdLibrary(Standins::vendorLibraryPath(Standins::VendorLibrary::LcdSdk,
+                                                       std::string("without_") + exportName));
         LcdDevice device;
         const bool initialised = device.Init(L"Kelvaro");
         keyboard.setHeldButtons(LcdSdk::kButtonOk);
@@ -396,12 +402,8 @@ protected:
         return initialised;
     }
 
-    struct OwnSession {
-        OwnSession() { Standins::useOwnSession(); }
-    };
-
     RegistryOverride registry;
-    OwnSession session;
+    StandinSession session;
     Standins::VirtualG19 keyboard;
     bool okPressed = false;
 };

@@ -4,23 +4,21 @@
 
 #include <string>
 
-#include "standins/lcd_sdk/standin_paths.h"
 #include "standins/lcd_sdk/virtual_g19.h"
+#include "standins/vendor_libraries.h"
 #include "tests/support/lcd_registration.h"
 #include "tests/support/registry_override.h"
+#include "tests/support/standin_session.h"
 
 /// A machine with a virtual keyboard whose library is registered, for this process only.
 class WithKeyboard : public testing::Test {
 protected:
-    explicit WithKeyboard(const std::wstring& library = Standins::lcdSdkPath()) {
+    explicit WithKeyboard(
+        const std::wstring& library = Standins::vendorLibraryPath(Standins::VendorLibrary::LcdSdk)) {
         registerLcdLibrary(library);
     }
 
-    struct OwnSession {
-        OwnSession() { Standins::useOwnSession(); }
-    };
-
     RegistryOverride registry;
-    OwnSession session;
+    StandinSession session;
     Standins::VirtualG19 keyboard;
 };

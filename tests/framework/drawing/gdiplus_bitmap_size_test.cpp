@@ -5,6 +5,7 @@
 
 #include <array>
 
+#include "framework/core/exported_function.h"
 #include "framework/drawing/canvas.h"
 #include "framework/drawing/sys_exception.h"
 
@@ -13,17 +14,17 @@ using Panelix::SysException;
 
 namespace {
 
-using SetBitmapSize = void (*)(int width, int height) noexcept;
+using SetBitmapSize = void(int width, int height) noexcept;
 
 class GdiplusBitmapSize : public testing::Test {
 protected:
     void SetUp() override {
-        setBitmapSize_ = reinterpret_cast<SetBitmapSize>(
-            reinterpret_cast<void*>(GetProcAddress(GetModuleHandleW(L"gdiplus.dll"), "setBitmapSize")));
+        setBitmapSize_ =
+            Panelix::exportedFunction<SetBitmapSize>(GetModuleHandleW(L"gdiplus.dll"), "setBitmapSize");
         ASSERT_NE(setBitmapSize_, nullptr) << "the system's GDI+ was loaded instead of the stand-in";
     }
 
-    SetBitmapSize setBitmapSize_ = nullptr;
+    SetBitmapSize* setBitmapSize_ = nullptr;
     Canvas canvas_;
 };
 

@@ -14,6 +14,7 @@
 #include "standins/core_audio/class_registration.h"
 #include "standins/core_audio/loaded_core_audio.h"
 #include "standins/core_audio/virtual_audio.h"
+#include "standins/vendor_libraries.h"
 #include "stats/policy_config_abi.h"
 
 namespace {
@@ -39,7 +40,8 @@ DWORD run(std::wstring commandLine) {
 }
 
 DWORD regsvr32(const std::wstring& options) {
-    return run(L"regsvr32.exe /s " + options + L"\"" + Standins::coreAudioPath() + L"\"");
+    return run(L"regsvr32.exe /s " + options + L"\"" +
+               Standins::vendorLibraryPath(Standins::VendorLibrary::CoreAudio) + L"\"");
 }
 
 std::wstring enumeratorServer() {
@@ -81,7 +83,7 @@ TEST_F(RegisteredAudioServer, IsFoundThroughTheRegistryAndLeavesItAsItWas) {
     const std::wstring systems = enumeratorServer();
     ASSERT_FALSE(systems.empty());
     ASSERT_EQ(regsvr32(L""), 0U);
-    EXPECT_EQ(enumeratorServer(), Standins::coreAudioPath());
+    EXPECT_EQ(enumeratorServer(), Standins::vendorLibraryPath(Standins::VendorLibrary::CoreAudio));
 
     const Standins::VirtualAudio audio;
     EXPECT_EQ(createEnumerator(), S_OK);

@@ -9,6 +9,7 @@
 
 #include "framework/core/com_apartment.h"
 #include "standins/core_audio/loaded_core_audio.h"
+#include "tests/support/standin_session.h"
 
 namespace {
 
@@ -22,11 +23,7 @@ constexpr HRESULT kServerUnavailable = static_cast<HRESULT>(0x800706BA);
 
 class VirtualSound : public testing::Test {
 protected:
-    struct OwnSession {
-        OwnSession() { Standins::useOwnSession(); }
-    };
-
-    OwnSession session;
+    StandinSession session;
     VirtualAudio audio;
 };
 

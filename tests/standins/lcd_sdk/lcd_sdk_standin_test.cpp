@@ -8,9 +8,10 @@
 #include <vector>
 
 #include "framework/core/lcd_sdk_abi.h"
-#include "standins/lcd_sdk/standin_paths.h"
 #include "standins/lcd_sdk/virtual_g19.h"
+#include "standins/vendor_libraries.h"
 #include "tests/standins/lcd_sdk/loaded_lcd_sdk.h"
+#include "tests/support/standin_session.h"
 
 namespace {
 
@@ -37,12 +38,7 @@ constexpr int kDown = 0x2000;
 constexpr int kMenu = 0x4000;
 
 // A base, so that it comes before the members that open the record.
-class OwnSession {
-public:
-    OwnSession() { Standins::useOwnSession(); }
-};
-
-class LcdSdkStandin : public testing::Test, private OwnSession {
+class LcdSdkStandin : public testing::Test, private StandinSession {
 protected:
     void SetUp() override {
         ASSERT_TRUE(library.isLoaded()) << GetLastError();
@@ -65,7 +61,7 @@ protected:
     }
 
     VirtualG19 keyboard;
-    LoadedLcdSdk library{Standins::lcdSdkPath()};
+    LoadedLcdSdk library{Standins::vendorLibraryPath(Standins::VendorLibrary::LcdSdk)};
 };
 
 TEST_F(LcdSdkStandin, InitKeepsNameTypeAndProcess) {
@@ -318,7 +314,8 @@ TEST_F(LcdSdkStandin, RecordGoesOnWhenAnotherProgramStarts) {
 TEST(LcdSdkVariants, EachLacksExactlyTheExportItIsNamedAfter) {
     Standins::useOwnSession();
     for (const char* missing : kExports) {
-        const LoadedLcdSdk library(Standins::lcdSdkPathWithout(missing));
+        const LoadedLcdSdk library(
+            Standins::vendorLibraryPath(Standins::VendorLibrary::LcdSdk, std::string("without_") + missing));
         ASSERT_TRUE(library.isLoaded()) << missing;
         for (const char* name : kExports) {
             EXPECT_EQ(library.find<void()>(name) == nullptr, name == missing)

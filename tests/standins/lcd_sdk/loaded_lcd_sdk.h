@@ -4,6 +4,7 @@
 
 #include <string>
 
+#include "framework/core/exported_function.h"
 #include "framework/core/unique_resource.h"
 
 /// One of the stand-in libraries, loaded for a test.
@@ -16,7 +17,7 @@ public:
     /// The export of that name under the function type given, or null when the library lacks it.
     template <typename Function>
     Function* find(const char* name) const {
-        return reinterpret_cast<Function*>(reinterpret_cast<void*>(GetProcAddress(module_.get(), name)));
+        return Panelix::exportedFunction<Function>(module_.get(), name);
     }
 
 private:

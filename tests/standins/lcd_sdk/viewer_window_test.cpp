@@ -12,6 +12,7 @@
 #include "standins/lcd_sdk/gdiplus_session.h"
 #include "standins/lcd_sdk/viewer_layout.h"
 #include "standins/wait_until.h"
+#include "tests/support/standin_session.h"
 
 namespace {
 
@@ -42,12 +43,7 @@ HWND viewerOfThisThread() {
 }
 
 // A base, so that it comes before the members that open the record.
-class OwnSession {
-public:
-    OwnSession() { useOwnSession(); }
-};
-
-class VirtualG19Viewer : private OwnSession, public testing::Test {
+class VirtualG19Viewer : private StandinSession, public testing::Test {
 protected:
     VirtualG19Viewer() : window(viewerOfThisThread()) {}
 

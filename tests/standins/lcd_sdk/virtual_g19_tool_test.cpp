@@ -15,8 +15,8 @@
 
 #include "framework/core/lcd_sdk_abi.h"
 #include "standins/lcd_sdk/gdiplus_session.h"
-#include "standins/lcd_sdk/standin_paths.h"
 #include "standins/lcd_sdk/virtual_g19.h"
+#include "standins/vendor_libraries.h"
 #include "tests/standins/lcd_sdk/loaded_lcd_sdk.h"
 #include "tests/support/child_process.h"
 
@@ -31,7 +31,9 @@ constexpr std::uint32_t kMenu = 0x4000;
 constexpr std::uint32_t kOk = 0x0400;
 
 std::wstring toolPath() {
-    return std::filesystem::path(Standins::lcdSdkPath()).replace_filename(L"virtual_g19_tool.exe").wstring();
+    return std::filesystem::path(Standins::vendorLibraryPath(Standins::VendorLibrary::LcdSdk))
+        .replace_filename(L"virtual_g19_tool.exe")
+        .wstring();
 }
 
 // Draws frames of one colour until it is stopped, as fast as a program that slides its pages.
@@ -47,7 +49,7 @@ public:
 
 private:
     void draw() {
-        const LoadedLcdSdk library(Standins::lcdSdkPath());
+        const LoadedLcdSdk library(Standins::vendorLibraryPath(Standins::VendorLibrary::LcdSdk));
         std::vector<std::uint8_t> pixels(LcdSdk::kColorFrameBytes, 0x40);
         library.find<LcdSdk::LogiLcdInit>("LogiLcdInit")(L"Test", 2);
         while (!stop_) {

@@ -12,6 +12,7 @@
 #include "standins/core_audio/virtual_audio.h"
 #include "stats/system_info.h"
 #include "tests/stats/audio/audio_snapshot.h"
+#include "tests/support/standin_session.h"
 
 /// A sound system of the test's own, without any device at first.
 class WithAudio : public testing::Test {
@@ -42,11 +43,7 @@ protected:
     /// The calls since the given number of them, most telling parts only: call and device.
     std::vector<std::pair<Standins::AudioCall, std::int32_t>> callsSince(std::size_t begin) const;
 
-    struct OwnSession {
-        OwnSession() { Standins::useOwnSession(); }
-    };
-
-    OwnSession session;
+    StandinSession session;
     Panelix::ComApartment com;
     Standins::VirtualAudio audio;
     Standins::LoadedCoreAudio classes;
