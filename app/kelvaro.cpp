@@ -16,7 +16,9 @@ namespace {
 
 constexpr wchar_t kName[] = L"Kelvaro";
 
-/// Duration of a pass, in milliseconds: about 15 frames a second.
+/// Duration of a pass, in milliseconds: about 15 frames a second. What goes by passes gets faster or slower
+/// with it: a phase of a blinking icon takes nine of them (pages/blink.h), and a volume button that is held
+/// moves the volume by one step in each (pages/mixer.cpp).
 constexpr std::uint64_t kFramePeriodMs = 66;
 
 }  // namespace
