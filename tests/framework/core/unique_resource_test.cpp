@@ -21,7 +21,12 @@ struct NumberTraits {
 using UniqueNumber = Panelix::UniqueResource<NumberTraits>;
 using Closed = std::vector<int>;
 
-TEST(UniqueResource, ClosesWhatItHoldsOnceAndNothingWhenEmpty) {
+class UniqueResource : public testing::Test {
+protected:
+    UniqueResource() { closedValues.clear(); }
+};
+
+TEST_F(UniqueResource, ClosesWhatItHoldsOnceAndNothingWhenEmpty) {
     {
         const UniqueNumber empty;
         const UniqueNumber seven(7);
@@ -32,7 +37,7 @@ TEST(UniqueResource, ClosesWhatItHoldsOnceAndNothingWhenEmpty) {
     EXPECT_EQ(closedValues, Closed{7});
 }
 
-TEST(UniqueResource, MoveAssignmentClosesTheOldValueAndEmptiesTheSource) {
+TEST_F(UniqueResource, MoveAssignmentClosesTheOldValueAndEmptiesTheSource) {
     UniqueNumber target(1);
     UniqueNumber source(2);
     target = std::move(source);
@@ -41,7 +46,7 @@ TEST(UniqueResource, MoveAssignmentClosesTheOldValueAndEmptiesTheSource) {
     EXPECT_FALSE(source);  // NOLINT(bugprone-use-after-move): being empty is what is tested
 }
 
-TEST(UniqueResource, MoveAssignmentToItselfKeepsTheValue) {
+TEST_F(UniqueResource, MoveAssignmentToItselfKeepsTheValue) {
     UniqueNumber number(3);
     UniqueNumber& same = number;
     number = std::move(same);
@@ -49,28 +54,28 @@ TEST(UniqueResource, MoveAssignmentToItselfKeepsTheValue) {
     EXPECT_TRUE(closedValues.empty());
 }
 
-TEST(UniqueResource, ReleaseGivesTheValueUpWithoutClosingIt) {
+TEST_F(UniqueResource, ReleaseGivesTheValueUpWithoutClosingIt) {
     UniqueNumber number(4);
     EXPECT_EQ(number.release(), 4);
     EXPECT_FALSE(number);
     EXPECT_TRUE(closedValues.empty());
 }
 
-TEST(UniqueResource, PutClosesTheOldValueAndTakesTheNewOne) {
+TEST_F(UniqueResource, PutClosesTheOldValueAndTakesTheNewOne) {
     UniqueNumber number(5);
     *number.put() = 6;
     EXPECT_EQ(closedValues, Closed{5});
     EXPECT_EQ(number.get(), 6);
 }
 
-TEST(UniqueResource, ClosingLeavesTheLastErrorAsItWas) {
+TEST_F(UniqueResource, ClosingLeavesTheLastErrorAsItWas) {
     SetLastError(ERROR_ALREADY_EXISTS);
     { const UniqueNumber number(8); }
     EXPECT_EQ(closedValues, Closed{8});
     EXPECT_EQ(GetLastError(), DWORD{ERROR_ALREADY_EXISTS});
 }
 
-TEST(UniqueResource, ARealHandleIsClosedForGood) {
+TEST_F(UniqueResource, ARealHandleIsClosedForGood) {
     HANDLE raw = nullptr;
     {
         const Panelix::UniqueHandle event(CreateEventW(nullptr, TRUE, FALSE, nullptr));
@@ -82,7 +87,7 @@ TEST(UniqueResource, ARealHandleIsClosedForGood) {
     EXPECT_EQ(GetLastError(), DWORD{ERROR_INVALID_HANDLE});
 }
 
-TEST(UniqueResource, AFileIsEmptyAtItsOwnInvalidValue) {
+TEST_F(UniqueResource, AFileIsEmptyAtItsOwnInvalidValue) {
     const Panelix::UniqueFile file;
     EXPECT_EQ(file.get(), INVALID_HANDLE_VALUE);
     EXPECT_FALSE(file);
