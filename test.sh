@@ -13,30 +13,35 @@ source "$here/scripts/display.sh"
 
 usage() {
     cat <<TEXT
-Usage: ./test.sh [--quick] [--filter REGEX]
+Usage: ./test.sh [--all] [--filter REGEX]
 
 Installs the packages that are missing (Debian 12) and runs, one after the other:
   format   clang-format over all sources
+  layers   no include against the direction of the layers
   host     what computes without Windows, built natively under AddressSanitizer and UndefinedBehaviorSanitizer
   wine     all tests, cross-built, under Wine with an X server of their own
-  tidy     clang-tidy over the sources of the program and the stand-ins
-Format and tidy count as one test each. The exit code is 0 when everything passed, and tests ran in every part.
+Each of the checks counts as one test. The exit code is 0 when everything passed, and tests ran in every part. A
+summary says how many seconds each part took.
 
-  --quick          without tidy
-  --filter REGEX   only the tests whose names match; without format and tidy
+  --all            the slow checks as well: the long forms of the tests that have one, and tidy, clang-tidy over the
+                   sources of the program and the stand-ins
+  --filter REGEX   only the tests whose names match; without the checks that are no tests
   --help           print this
 
 The Wine prefix is WINEPREFIX, or out/wineprefix-test when that is not set: tests may run beside ./run.sh.
 TEXT
 }
 
-quick=0
+# What only --all runs, after everything else: functions that report. The long forms of tests see KELVARO_ALL=1.
+slowChecks=(checkTidy)
+
+all=0
 filter=''
 
 while (($# > 0)); do
     case "$1" in
         -h | --help) usage && exit 0 ;;
-        --quick) quick=1 ;;
+        --all) all=1 ;;
         --filter)
             filter="${2:-}"
             [[ -n "$filter" ]] || fail "--filter needs a regular expression"
@@ -47,73 +52,135 @@ while (($# > 0)); do
     shift
 done
 
+unset KELVARO_ALL
+if ((all)); then
+    export KELVARO_ALL=1
+fi
+
 passed=0
 failed=0
 summary=()
+part=''
+partStart=0
 
-# What happened in one part: its name, how many passed and failed, and what else is to be said.
+# What follows belongs to this part, until one of the reports ends it.
+beginPart() {
+    part="$1"
+    partStart="$SECONDS"
+    say "$2"
+}
+
+reportLine() {
+    summary+=("$(printf '%-11s %4d s  %s' "$part" $((SECONDS - partStart)) "$*")")
+}
+
+# How many passed and failed in the part, and what else is to be said.
 report() {
-    passed=$((passed + $2))
-    failed=$((failed + $3))
-    summary+=("$(printf '%-7s %5d passed %5d failed  %s' "$1" "$2" "$3" "${4:-}")")
+    passed=$((passed + $1))
+    failed=$((failed + $2))
+    reportLine "$(printf '%5d passed %5d failed  %s' "$1" "$2" "${3:-}")"
 }
 
 checkFormat() {
     local files
-    say "Checking the format of all sources"
+    beginPart format "Checking the format of all sources"
     mapfile -t files < <(find "$here" \( -path "$here/out" -o -name '.*' -type d ! -path "$here" \) -prune \
         -o \( -name '*.cpp' -o -name '*.h' \) -print | sort)
     if ((${#files[@]} > 0)) && clang-format --dry-run -Werror "${files[@]}"; then
-        report format 1 0 "${#files[@]} files"
+        report 1 0 "${#files[@]} files"
     else
-        report format 0 1 "clang-format -i puts it right"
+        report 0 1 "clang-format -i puts it right"
+    fi
+}
+
+checkLayers() {
+    beginPart layers "Checking the direction of the includes"
+    if "$here/scripts/check_layers.sh"; then
+        report 1 0
+    else
+        report 0 1 "the includes above are against the direction of the layers"
     fi
 }
 
 checkTidy() {
-    say "Running clang-tidy"
+    beginPart tidy "Running clang-tidy"
     if "$here/scripts/tidy.sh"; then
-        report tidy 1 0
+        report 1 0
     else
-        report tidy 0 1 "see the findings above"
+        report 0 1 "see the findings above"
     fi
 }
 
-# Prints the value of an attribute of the test suite in CTest's JUnit file.
-suiteValue() {
-    sed -n "/<testsuite /,/>/ s/.*[[:space:]]$1=\"\([0-9]*\)\".*/\1/p" "$2" | head -1
+# buildPart NAME PRESET
+buildPart() {
+    beginPart "$1 build" "Building for the $1 tests"
+    if (buildPreset "$2"); then
+        reportLine
+    else
+        report 0 1 "the build failed"
+        return 1
+    fi
 }
 
 # runTests NAME PRESET [CTEST-OPTION...]
 runTests() {
-    local name="$1" preset="$2" results="$here/out/$1-tests.xml" code=0
+    local name="$1" preset="$2" results="$here/out/$1-tests.xml" whole="$here/out/build/$2/results" code=0
     shift 2
-    say "Running the $name tests"
-    rm -f "$results"
+    beginPart "$name tests" "Running the $name tests"
+    rm -rf "$results" "$whole"
+    # A program that runs as a whole contains its single tests; a filter wants those.
     if [[ -n "$filter" ]]; then
-        set -- "$@" -R "$filter" --no-tests=ignore
+        set -- "$@" -R "$filter" -LE whole --no-tests=ignore
+    else
+        set -- "$@" -LE single
     fi
     (cd "$here" && ctest --preset "$preset" --output-junit "$results" "$@") || code=$?
-    countTests "$name" "$results" "$code"
+    countTests "$results" "$whole" "$code"
+}
+
+# Prints the value of an attribute of the outermost element in a JUnit file of CTest or GoogleTest.
+suiteValue() {
+    sed -n "/<testsuites\{0,1\} /,/>/ s/.*[[:space:]]$1=\"\([0-9]*\)\".*/\1/p" "$2" | head -1
 }
 
 # A test that CTest could not run, or that skipped itself, has failed as well.
 countTests() {
-    local name="$1" results="$2" code="$3" tests=0 bad=0
+    local results="$1" whole="$2" code="$3" tests=0 bad=0
     if [[ -f "$results" ]]; then
         tests="$(suiteValue tests "$results")"
         bad=$(($(suiteValue failures "$results") + $(suiteValue disabled "$results") + \
             $(suiteValue skipped "$results")))
+        countWholePrograms "$results" "$whole"
     fi
     if ((tests == 0)) && [[ -n "$filter" ]] && ((code == 0)); then
-        report "$name" 0 0 "nothing matches '$filter'"
+        report 0 0 "nothing matches '$filter'"
     elif ((tests == 0)); then
-        report "$name" 0 1 "no test ran"
+        report 0 1 "no test ran"
     elif ((code != 0 && bad == 0)); then
-        report "$name" "$tests" 1 "CTest ended with code $code"
+        report "$tests" 1 "CTest ended with code $code"
     else
-        report "$name" $((tests - bad)) "$bad"
+        report $((tests - bad)) "$bad"
     fi
+}
+
+# To CTest a program that runs as a whole is one test, whose name has no dot: puts the tests in it into `tests` and
+# `bad` in its place. A program that ended before it could say what became of them stays one test, a failed one.
+countWholePrograms() {
+    local results="$1" whole="$2" program status file failures
+    while read -r program status; do
+        file="$whole/$program.xml"
+        if [[ -f "$file" ]]; then
+            failures="$(suiteValue failures "$file")"
+            tests=$((tests - 1 + $(suiteValue tests "$file")))
+            bad=$((bad + failures + $(suiteValue disabled "$file") + $(grep -c 'result="skipped"' "$file" || true)))
+            if ((failures > 0)); then
+                bad=$((bad - 1))
+            fi
+        elif [[ "$status" == run ]]; then
+            say "$program ended before its tests did"
+            bad=$((bad + 1))
+        fi
+    done < <(sed -n 's/.*<testcase name="\([^".]*\)".* status="\([a-z]*\)".*/\1 \2/p' "$results")
 }
 
 xvfbPid=''
@@ -135,8 +202,9 @@ openWineSession() {
     ready="$(mktemp -u "$here/out/session.XXXXXX")"
     export WINEPREFIX="${WINEPREFIX:-$here/out/wineprefix-test}"
     setWineEnvironment
+    beginPart "wine prefix" "Wine prefix $WINEPREFIX"
     if ! prefixIsCurrent; then
-        say "Setting up the Wine prefix $WINEPREFIX"
+        say "Setting it up"
         "$here/scripts/wine_prefix.sh"
     fi
     startXvfb
@@ -147,6 +215,7 @@ openWineSession() {
     for ((tenths = 0; tenths < 600; ++tenths)); do
         if [[ -f "$ready" ]]; then
             rm -f "$ready"
+            reportLine
             return
         fi
         sleep 0.1
@@ -154,35 +223,28 @@ openWineSession() {
     fail "Wine does not start in $WINEPREFIX"
 }
 
-testOnHost() {
-    if (buildPreset host); then
-        runTests host host
-    else
-        report host 0 1 "the build failed"
-    fi
-}
-
-testUnderWine() {
-    if (buildPreset release); then
-        openWineSession
-        runTests wine release -j2
-    else
-        report wine 0 1 "the build failed"
-    fi
-}
-
 makeOutFolder
 trap cleanUp EXIT
 trap 'exit 130' INT TERM HUP
+beginPart packages "Looking for the packages"
 ensurePackages "${KELVARO_RUN_PACKAGES[@]}" "${KELVARO_TEST_PACKAGES[@]}"
+reportLine
 
 if [[ -z "$filter" ]]; then
     checkFormat
+    checkLayers
 fi
-testOnHost
-testUnderWine
-if [[ -z "$filter" ]] && ((!quick)); then
-    checkTidy
+if buildPart host host; then
+    runTests host host
+fi
+if buildPart wine release; then
+    openWineSession
+    runTests wine release -j2
+fi
+if ((all)) && [[ -z "$filter" ]]; then
+    for check in "${slowChecks[@]}"; do
+        "$check"
+    done
 fi
 
 say "Summary after $((SECONDS / 60)) min $((SECONDS % 60)) s"

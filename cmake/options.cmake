@@ -43,6 +43,9 @@ if(CMAKE_CROSSCOMPILING)
     set(KELVARO_PATH_PREFIX "Z:")
 endif()
 
+# Where test programs that run as a whole leave what became of each test.
+set(KELVARO_RESULTS_DIR "${CMAKE_BINARY_DIR}/results")
+
 if(KELVARO_SANITIZE)
     set(sanitize -fsanitize=address,undefined -fno-sanitize-recover=all -fno-omit-frame-pointer)
     target_compile_options(kelvaro_options INTERFACE ${sanitize})
@@ -70,34 +73,68 @@ function(kelvaro_layer name)
     endif()
 endfunction()
 
+# What tests are compiled with: little optimisation, since only the code that they test is what ships. With
+# -fpch-preprocess ccache takes what uses precompiled headers.
+add_library(kelvaro_test_options INTERFACE)
+target_link_libraries(kelvaro_test_options INTERFACE kelvaro_options GTest::gmock)
+target_compile_options(kelvaro_test_options INTERFACE $<$<CONFIG:Release>:-Og> -fpch-preprocess)
+
+# For targets of test code: those options, and the headers of tests/precompiled.h. Product code does without them,
+# since they would hide a missing include.
+function(kelvaro_test_sources target)
+    target_link_libraries(${target} PRIVATE kelvaro_test_options)
+    target_precompile_headers(${target} REUSE_FROM test_headers)
+endfunction()
+
 # kelvaro_tests(NAME PORTABLE files... WINDOWS files... LINK targets... RESOURCES files...
-#               PROPERTIES ctest properties...)
+#               PROPERTIES ctest properties... ONE_PROCESS suites...)
 # One test program; every test in it is a CTest test, and so a process, of its own.
+# The suites of ONE_PROCESS change nothing of what belongs to the process. They are one CTest test besides, which has
+# the program's name and runs them in random order in one process, where none may leave anything to the next.
+# ./test.sh takes that one (label `whole`) instead of their single tests (label `single`), unless there is a filter.
+# Natively, what computes without Windows is all of that kind.
 function(kelvaro_tests name)
-    cmake_parse_arguments(arg "" "" "PORTABLE;WINDOWS;LINK;WINDOWS_LINK;RESOURCES;DEPENDS;PROPERTIES" ${ARGN})
+    cmake_parse_arguments(
+        arg "" "" "PORTABLE;WINDOWS;LINK;WINDOWS_LINK;RESOURCES;DEPENDS;PROPERTIES;ONE_PROCESS" ${ARGN}
+    )
     set(sources ${arg_PORTABLE})
     if(WIN32)
         list(APPEND sources ${arg_WINDOWS} ${arg_RESOURCES})
+    else()
+        set(arg_ONE_PROCESS "*")
     endif()
     if(NOT sources)
         return()
     endif()
     add_executable(${name} ${sources})
-    target_link_libraries(${name} PRIVATE kelvaro_options ${arg_LINK} GTest::gmock GTest::gtest_main)
+    kelvaro_test_sources(${name})
+    target_link_libraries(${name} PRIVATE ${arg_LINK} GTest::gtest_main)
     if(WIN32)
         target_link_libraries(${name} PRIVATE ${arg_WINDOWS_LINK})
     endif()
     if(arg_DEPENDS AND WIN32)
         add_dependencies(${name} ${arg_DEPENDS})
     endif()
-    gtest_discover_tests(
-        ${name}
-        DISCOVERY_MODE PRE_TEST
-        DISCOVERY_TIMEOUT 120
-        PROPERTIES
-            TIMEOUT 120
-            # Not universal time, no whole hours off it, and in a form that the C runtime does not know.
-            ENVIRONMENT_MODIFICATION TZ=set:America/St_Johns
-            ${arg_PROPERTIES}
+    set(discovery DISCOVERY_MODE PRE_TEST DISCOVERY_TIMEOUT 120)
+    set(properties
+        TIMEOUT 120
+        # Not universal time, no whole hours off it, and in a form that the C runtime does not know.
+        ENVIRONMENT_MODIFICATION TZ=set:America/St_Johns
+        ${arg_PROPERTIES}
     )
+    list(TRANSFORM arg_ONE_PROCESS APPEND ".*")
+    list(JOIN arg_ONE_PROCESS ":" together)
+    if(together)
+        add_test(
+            NAME ${name}
+            COMMAND
+                ${name} --gtest_filter=${together} --gtest_shuffle
+                --gtest_output=xml:${KELVARO_PATH_PREFIX}${KELVARO_RESULTS_DIR}/${name}.xml
+        )
+        set_tests_properties(${name} PROPERTIES ${properties} LABELS whole)
+        gtest_discover_tests(${name} TEST_FILTER "${together}" ${discovery} PROPERTIES ${properties} LABELS single)
+    endif()
+    if(WIN32)
+        gtest_discover_tests(${name} TEST_FILTER "-${together}" ${discovery} PROPERTIES ${properties})
+    endif()
 endfunction()

@@ -1,6 +1,9 @@
 # Sourced after common.sh: configures and builds a preset of CMakePresets.json.
 # shellcheck shell=bash
 
+# Without these ccache keeps nothing that was compiled with precompiled headers.
+export CCACHE_SLOPPINESS="${CCACHE_SLOPPINESS:-pch_defines,time_macros}"
+
 # buildPreset PRESET [TARGET...]: all targets when none is named. Quick when nothing has changed.
 buildPreset() {
     local preset="$1" folder="$KELVARO_ROOT/out/build/$1"
