@@ -1,5 +1,7 @@
 #include "pages/audio_device_page.h"
 
+#include <utility>
+
 #include "framework/core/app.h"
 #include "pages/list_navigation.h"
 #include "pages/page_names.h"
@@ -39,7 +41,7 @@ void AudioDevicePage::Draw(Panelix::Canvas* /*canvas*/, const Panelix::LcdButton
         return;
     }
     cursorIndex_ = movedCursor(cursorIndex_, rowCount(), command);
-    drawDevices();
+    showDevices();
 }
 
 void AudioDevicePage::choose() {
@@ -47,7 +49,7 @@ void AudioDevicePage::choose() {
     app()->SwitchPage(app()->GetMainPage(), TransitionKind::SlideFromTop);
 }
 
-void AudioDevicePage::drawDevices() {
+void AudioDevicePage::showDevices() {
     std::vector<Row> rows;
     rows.reserve(devices_.size());
     for (int i = 0; i < rowCount(); ++i) {
@@ -59,7 +61,7 @@ void AudioDevicePage::drawDevices() {
         }
         rows.push_back({devices_[static_cast<std::size_t>(i)].name, highlight});
     }
-    drawList(L"Active Audio Device", ListLayout::kRightArrow, rows);
+    showList(L"Active Audio Device", ListLayout::kRightArrow, std::move(rows));
 }
 
 int AudioDevicePage::rowCount() const {

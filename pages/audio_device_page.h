@@ -27,7 +27,7 @@ public:
 
 private:
     void choose();
-    void drawDevices();
+    void showDevices();
     int rowCount() const;
 
     SystemInfo* sampler_;

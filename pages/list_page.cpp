@@ -1,6 +1,7 @@
 #include "pages/list_page.h"
 
 #include <array>
+#include <utility>
 
 #include "framework/drawing/canvas.h"
 #include "framework/drawing/surface_settings.h"
@@ -22,10 +23,22 @@ void fillArrow(Gdiplus::Graphics& graphics, const ListLayout::Arrow& arrow, cons
 
 void ListPage::Init(Panelix::Canvas* canvas) {
     background_ = canvas->getImage(IDB_LIST_BACKGROUND, 0);
+    painted_.reset();
 }
 
-void ListPage::drawList(const wchar_t* title, const ListLayout::Arrow& arrow, const std::vector<Row>& rows) {
-    Gdiplus::Graphics& target = *graphics();
+void ListPage::showList(const wchar_t* title, const ListLayout::Arrow& arrow, std::vector<Row> rows) {
+    if (painted_ == rows) {
+        return;
+    }
+    painted_.reset();
+    if (paintList(title, arrow, rows)) {
+        painted_ = std::move(rows);
+    }
+}
+
+/// Whether every call of GDI+ went well.
+bool ListPage::paintList(const wchar_t* title, const ListLayout::Arrow& arrow, const std::vector<Row>& rows) {
+    Gdiplus::Graphics& target = beginPainting();
     Gdiplus::StringFormat centred;
     setAlignment(centred, Gdiplus::StringAlignmentCenter, Gdiplus::StringAlignmentCenter);
     Gdiplus::StringFormat leftMiddle;
@@ -47,4 +60,5 @@ void ListPage::drawList(const wchar_t* title, const ListLayout::Arrow& arrow, co
         drawText(target, row.text, font, place, &leftMiddle, textBrush);
         ++index;
     }
+    return allOk(target, centred, leftMiddle);
 }

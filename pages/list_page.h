@@ -4,6 +4,7 @@
 
 #include <gdiplus.h>
 
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -25,14 +26,21 @@ protected:
         std::wstring text;
         /// Colour behind the row; transparent for none.
         Argb highlight = kNoHighlight;
+
+        friend bool operator==(const Row&, const Row&) = default;
     };
 
     static constexpr Argb kNoHighlight = 0;
 
-    /// Paints the whole page.
-    void drawList(const wchar_t* title, const ListLayout::Arrow& arrow, const std::vector<Row>& rows);
+    /// Paints the whole page, unless it shows these rows already. `title` and `arrow` are the same in every
+    /// call.
+    void showList(const wchar_t* title, const ListLayout::Arrow& arrow, std::vector<Row> rows);
 
 private:
+    bool paintList(const wchar_t* title, const ListLayout::Arrow& arrow, const std::vector<Row>& rows);
+
     /// Borrowed from the canvas; null when it could not be loaded.
     Gdiplus::Bitmap* background_ = nullptr;
+    /// What the page's bitmap shows; nothing before a painting has gone well from beginning to end.
+    std::optional<std::vector<Row>> painted_;
 };

@@ -1,5 +1,7 @@
 #include "pages/options_page.h"
 
+#include <utility>
+
 #include "framework/core/app.h"
 #include "framework/core/command_codes.h"
 #include "pages/list_navigation.h"
@@ -41,7 +43,7 @@ void OptionsPage::Draw(Panelix::Canvas* /*canvas*/, const Panelix::LcdButtons& b
         return;
     }
     selectedEntry_ = movedCursor(selectedEntry_, kEntryCount, command);
-    drawEntries();
+    showEntries();
 }
 
 void OptionsPage::choose() {
@@ -65,12 +67,12 @@ void OptionsPage::runCommand(std::uint32_t command) {
     app()->requestFullWait();
 }
 
-void OptionsPage::drawEntries() {
+void OptionsPage::showEntries() {
     std::vector<Row> rows;
     rows.reserve(kEntryCount);
     for (int i = 0; i < kEntryCount; ++i) {
         rows.push_back({kEntries[static_cast<std::size_t>(i)],
                         i == selectedEntry_ ? Palette::kListCursor : kNoHighlight});
     }
-    drawList(L"Options", ListLayout::kLeftArrow, rows);
+    showList(L"Options", ListLayout::kLeftArrow, std::move(rows));
 }

@@ -23,7 +23,7 @@ public:
 private:
     void choose();
     void runCommand(std::uint32_t command);
-    void drawEntries();
+    void showEntries();
 
     std::int32_t selectedEntry_ = 0;
     bool exitRequested_ = false;

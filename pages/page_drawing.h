@@ -31,6 +31,13 @@ void setAlignment(Gdiplus::StringFormat& format,
                   Gdiplus::StringAlignment horizontal,
                   Gdiplus::StringAlignment vertical);
 
+/// Whether nothing failed on these GDI+ objects since their statuses were last read, which reading resets.
+template <typename... Objects>
+bool allOk(const Objects&... objects) {
+    // Not cut short: each status is to be read.
+    return (static_cast<int>(objects.GetLastStatus() == Gdiplus::Ok) & ...) != 0;
+}
+
 inline Gdiplus::PointF toPointF(PagePoint point) {
     return {static_cast<float>(point.x), static_cast<float>(point.y)};
 }

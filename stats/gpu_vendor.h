@@ -19,6 +19,8 @@ struct GpuStats {
     bool temperatureValid = false;
     bool memoryLoadValid = false;
     bool coreClockValid = false;
+
+    friend bool operator==(const GpuStats&, const GpuStats&) = default;
 };
 
 static_assert(sizeof(GpuStats) == 20 && std::is_trivially_copyable_v<GpuStats>);

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <chrono>
+#include <cstring>
 #include <utility>
 
 #include "framework/core/lcd_device.h"
@@ -17,7 +18,7 @@ namespace {
 constexpr wchar_t kInitErrorTitle[] = L"Panelix Init Error";
 
 /// How far a slide moves on in one pass, of 1.
-constexpr float kTransitionStep = 0.1F;
+constexpr float kSlideStep = 0.1F;
 
 /// The preview window's procedure has no other way to the application.
 App* currentApp = nullptr;
@@ -45,7 +46,9 @@ App::App(HINSTANCE instance, const std::wstring& name, LPCWSTR icon, std::uint64
       framePeriodMs_(framePeriodMs),
       name_(name),
       lcd_(bindLcd(name_)) {
-    if (!lcd_) {
+    if (lcd_) {
+        handedOver_ = std::make_unique_for_overwrite<std::uint8_t[]>(kLcdFrameBytes);
+    } else {
         previewWindow_ = std::make_unique<PreviewWindow>(instance_, name_, icon);
     }
     canvas_ = std::make_unique<Canvas>();
@@ -104,10 +107,10 @@ void App::SwitchPage(Page* page, TransitionKind kind) {
         return;
     }
     previousPage_ = std::exchange(activePage_, page);
-    transitionKind_ = kind;
-    transitionActive_ = true;
+    slideKind_ = kind;
+    slideRuns_ = true;
     // A switch during a slide starts where the mirrored slide stands, so that the picture does not jump.
-    transitionProgress_ = transitionProgress_ < 1.0F ? 1.0F - transitionProgress_ : 0.0F;
+    slideProgress_ = slideProgress_ < 1.0F ? 1.0F - slideProgress_ : 0.0F;
     previousPage_->OnDeactivate();
     if (lcd_) {
         // The press that caused the switch is no news to the pages that are ticked after this one.
@@ -174,33 +177,48 @@ const LcdButtons& App::buttons() const {
 }
 
 void App::composeFrame() {
-    if (!transitionActive_) {
-        canvas_->composePages(activePage_->bitmap(), nullptr, 0.0F, TransitionKind::SlideFromBottom);
-        return;
+    const bool painted = activePage_->takeChanged();
+    if (slideRuns_) {
+        composeSlide();
+    } else if (painted || activePage_ != composedPage_) {
+        const bool composed =
+            canvas_->composePages(activePage_->bitmap(), nullptr, 0.0F, TransitionKind::SlideFromBottom);
+        composedPage_ = composed ? activePage_ : nullptr;
+        canvasChanged_ = true;
     }
-    transitionProgress_ += kTransitionStep;
-    if (transitionProgress_ > 1.0F) {
-        transitionProgress_ = 1.0F;
-        transitionActive_ = false;
+}
+
+void App::composeSlide() {
+    slideProgress_ += kSlideStep;
+    if (slideProgress_ > 1.0F) {
+        slideProgress_ = 1.0F;
+        slideRuns_ = false;
     }
-    canvas_->composePages(
-        activePage_->bitmap(), previousPage_->bitmap(), transitionProgress_, transitionKind_);
+    canvas_->composePages(activePage_->bitmap(), previousPage_->bitmap(), slideProgress_, slideKind_);
+    composedPage_ = nullptr;
+    canvasChanged_ = true;
 }
 
 void App::outputFrame() {
     if (lcd_) {
-        lcd_->PushFrame(canvas_->toLcdFrame());
+        if (canvasChanged_) {
+            frame_ = canvas_->toLcdFrame();
+        }
+        // The library may write into what it gets, and one frame may be shown for many passes.
+        std::memcpy(handedOver_.get(), frame_.get(), kLcdFrameBytes);
+        lcd_->PushFrame(handedOver_);
         lcd_->Update();
-    } else {
+    } else if (canvasChanged_) {
         previewWindow_->invalidate();
     }
+    canvasChanged_ = false;
 }
 
 void App::pace(std::int64_t startMs) {
     sleeper_.sleepFor(passWaitMs({.startMs = startMs,
                                   .endMs = nowMs(),
                                   .resetPacing = resetPacing_,
-                                  .slideRunning = transitionActive_,
+                                  .slideRunning = slideRuns_,
                                   .framePeriodMs = framePeriodMs_}));
 }
 

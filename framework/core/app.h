@@ -12,6 +12,7 @@
 #include "framework/core/page.h"
 #include "framework/core/precise_sleeper.h"
 #include "framework/core/transition_kind.h"
+#include "framework/drawing/lcd_frame.h"
 
 namespace Panelix {
 
@@ -78,6 +79,7 @@ private:
     bool runPass();
     bool pumpMessages();
     bool updatePages();
+    void composeSlide();
     void composeFrame();
     void outputFrame();
     void pace(std::int64_t startMs);
@@ -103,9 +105,17 @@ private:
     Page* previousPage_ = nullptr;
     std::list<std::unique_ptr<Page>> pages_;
 
-    TransitionKind transitionKind_ = TransitionKind::SlideFromBottom;
-    float transitionProgress_ = 1.0F;
-    bool transitionActive_ = false;
+    TransitionKind slideKind_ = TransitionKind::SlideFromBottom;
+    float slideProgress_ = 1.0F;
+    bool slideRuns_ = false;
+
+    /// The page that the canvas shows alone and as it is; null after a slide or a failure, and at first.
+    const Page* composedPage_ = nullptr;
+    /// The canvas has changed since it was last shown.
+    bool canvasChanged_ = false;
+    /// What the LCD shows, and the copy that its library gets; both null in desktop mode.
+    LcdFrame frame_;
+    LcdFrame handedOver_;
 };
 
 }  // namespace Panelix

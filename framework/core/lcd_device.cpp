@@ -39,7 +39,7 @@ void LcdDevice::PollButtons() {
     }
 }
 
-void LcdDevice::PushFrame(LcdFrame frame) {
+void LcdDevice::PushFrame(const LcdFrame& frame) {
     lcdSetColorBackground(frame.get());
 }
 

@@ -26,8 +26,9 @@ public:
     /// The result of the latest poll; lives as long as this object.
     const LcdButtons& Buttons() const { return buttons_; }
 
-    /// Shows `frame`, kLcdFrameBytes long, and frees it.
-    void PushFrame(LcdFrame frame);
+    /// Shows `frame`, kLcdFrameBytes long and borrowed. The vendor's interface lets its library write into
+    /// it.
+    void PushFrame(const LcdFrame& frame);
 
     /// Lets the vendor's library do its work; once per pass, behind PushFrame.
     void Update();

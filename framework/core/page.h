@@ -5,6 +5,7 @@
 #include <gdiplus.h>
 
 #include <string>
+#include <utility>
 
 #include "framework/core/lcd_buttons.h"
 
@@ -38,7 +39,7 @@ public:
     virtual bool Update(bool isActive, const LcdButtons& buttons) = 0;
 
     /// Called in every pass for the active page, after its Update returned true. What is to be seen must be
-    /// in bitmap() when it returns.
+    /// in bitmap() when it returns; a page whose bitmap shows it already paints nothing.
     virtual void Draw(Canvas* canvas, const LcdButtons& buttons) = 0;
 
     const std::wstring& name() const { return name_; }
@@ -46,11 +47,18 @@ public:
     /// 320 x 240, premultiplied ARGB, owned by the page.
     Gdiplus::Bitmap* bitmap() { return &bitmap_; }
 
+    /// Whether the page has painted since the last call.
+    bool takeChanged() { return std::exchange(changed_, false); }
+
 protected:
     App* app() const { return app_; }
 
-    /// Draws on bitmap(), without anti-aliasing; owned by the page.
-    Gdiplus::Graphics* graphics() { return &graphics_; }
+    /// What draws on bitmap(), without anti-aliasing; owned by the page. Every painting begins with this call
+    /// and uses nothing else: it marks the page as changed, and what is not marked is not shown.
+    Gdiplus::Graphics& beginPainting() {
+        changed_ = true;
+        return graphics_;
+    }
 
 private:
     std::wstring name_;
@@ -58,6 +66,7 @@ private:
     Gdiplus::Bitmap bitmap_;
     // Declared behind the bitmap that it draws on, so it goes first.
     Gdiplus::Graphics graphics_;
+    bool changed_ = false;
 };
 
 }  // namespace Panelix

@@ -65,17 +65,17 @@ void Canvas::checkStatus(const std::wstring& message) const {
     }
 }
 
-void Canvas::composePages(Gdiplus::Bitmap* current,
+bool Canvas::composePages(Gdiplus::Bitmap* current,
                           Gdiplus::Bitmap* previous,
                           float progress,
                           TransitionKind direction) {
     if (previous == nullptr) {
-        graphics_.DrawImage(current, 0, 0);
-        return;
+        return graphics_.DrawImage(current, 0, 0) == Gdiplus::Ok;
     }
     const SlideOffsets offsets = slideOffsets(progress, direction);
-    graphics_.DrawImage(previous, offsets.previousX, offsets.previousY);
-    graphics_.DrawImage(current, offsets.currentX, offsets.currentY);
+    const Gdiplus::Status left = graphics_.DrawImage(previous, offsets.previousX, offsets.previousY);
+    const Gdiplus::Status entered = graphics_.DrawImage(current, offsets.currentX, offsets.currentY);
+    return left == Gdiplus::Ok && entered == Gdiplus::Ok;
 }
 
 void Canvas::presentTo(Gdiplus::Graphics& target) {

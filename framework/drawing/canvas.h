@@ -52,8 +52,9 @@ public:
     void checkStatus(const std::wstring& message) const;
 
     /// Draws the active page, or, with a `previous` page, one step of the slide between both: `progress` runs
-    /// from 0 to 1. Either bitmap may be null; failures stay in the surface's graphics object.
-    void composePages(Gdiplus::Bitmap* current,
+    /// from 0 to 1. Either bitmap may be null. False when a drawing failed; the failure stays in the
+    /// surface's graphics object.
+    bool composePages(Gdiplus::Bitmap* current,
                       Gdiplus::Bitmap* previous,
                       float progress,
                       TransitionKind direction);

@@ -39,7 +39,7 @@ VirtualNvidia* driver() noexcept {
     return instance.get();
 }
 
-Status answer(NvapiCall call, const CallArguments& arguments = {}) noexcept {
+Status answer(NvapiCall call, const Standins::CallArguments& arguments = {}) noexcept {
     driver()->log().add(static_cast<std::uint32_t>(call), arguments);
     return driver()->status(call);
 }
@@ -65,7 +65,7 @@ void setWordAt(void* structure, std::size_t offset, std::uint32_t word) noexcept
 // Calls `give` with the card's number when the script lets the call hand something out; a handle that is no
 // card's makes it fail.
 template <typename Give>
-Status answerAboutGpu(NvapiCall call, const CallArguments& arguments, const Give& give) noexcept {
+Status answerAboutGpu(NvapiCall call, const Standins::CallArguments& arguments, const Give& give) noexcept {
     Status status = answer(call, arguments);
     if (initializations == 0) {
         return kNotInitialized;

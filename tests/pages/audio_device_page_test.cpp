@@ -13,6 +13,7 @@
 #include "tests/framework/core/lcd_fixture.h"
 #include "tests/framework/core/probe_app.h"
 #include "tests/pages/buttons.h"
+#include "tests/pages/expected_list_page.h"
 #include "tests/pages/page_painter.h"
 #include "tests/pages/slide_direction.h"
 
@@ -73,25 +74,15 @@ protected:
     }
 
     PagePixels expected(const std::vector<std::wstring>& names, int active, int cursor) {
-        PagePainter painter(app.canvas());
-        painter.bitmapImage(304, 0, 0);
-        painter.triangle({295, 10}, {310, 18}, {295, 26}, 0xFFFFFFFF);
-        painter.text({L"Active Audio Device", 20, 0xFFFFFFFF, 160, 18, TextPlace::Centre});
+        std::vector<ExpectedRow> rows;
         for (int i = 0; i < static_cast<int>(names.size()); ++i) {
-            const int top = i == 0 ? 36 : 40 + 29 * i;
-            if (i == active) {
-                painter.fill(4, top, 312, 29, 0xC8008080);
-            } else if (i == cursor) {
-                painter.fill(4, top, 312, 29, 0x3280FFFF);
-            }
-            const PaintedText text{names[static_cast<std::size_t>(i)],
-                                   20,
-                                   0xFFFFFFFF,
-                                   5,
-                                   static_cast<float>(top) + 14.5F,
-                                   TextPlace::LeftMiddle};
-            painter.text(text);
-            if (top < 200) {
+            const std::uint32_t cursorColour = i == cursor ? 0x3280FFFF : 0;
+            rows.push_back({names[static_cast<std::size_t>(i)], i == active ? 0xC8008080 : cursorColour});
+        }
+        PagePainter painter(app.canvas());
+        paintExpectedList(painter, L"Active Audio Device", ExpectedArrow::Right, rows);
+        for (const PaintedText& text : painter.texts()) {
+            if (text.y < 215) {
                 TextCoverage(app.canvas(), text);
             }
         }

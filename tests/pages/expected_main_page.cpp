@@ -48,6 +48,10 @@ void ExpectedMainPage::paint(PagePainter& painter, Ground ground) const {
 void ExpectedMainPage::paintBackdrop(PagePainter& painter, Ground ground) const {
     switch (ground) {
         case Ground::Artwork:
+            if (backdrop != nullptr) {
+                painter.picture(backdrop);
+                break;
+            }
             painter.bitmapImage(108, 0, 0);
             painter.multiply(107);
             painter.pngImage(106, 0, 0);

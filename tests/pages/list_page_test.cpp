@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <utility>
+
 #include "tests/framework/core/lcd_fixture.h"
 #include "tests/framework/core/probe_app.h"
 #include "tests/pages/page_painter.h"
@@ -21,7 +23,7 @@ public:
         for (std::size_t i = 0; i < texts.size(); ++i) {
             rows.push_back({texts[i], i == highlighted ? kHighlight : kNoHighlight});
         }
-        drawList(L"Any", ListLayout::kRightArrow, rows);
+        showList(L"Any", ListLayout::kRightArrow, std::move(rows));
     }
 
     std::vector<std::wstring> texts;

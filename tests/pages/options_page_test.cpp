@@ -3,11 +3,13 @@
 #include <gmock/gmock.h>
 
 #include <memory>
+#include <vector>
 
 #include "framework/core/lcd_sdk_abi.h"
 #include "tests/framework/core/lcd_fixture.h"
 #include "tests/framework/core/probe_app.h"
 #include "tests/pages/buttons.h"
+#include "tests/pages/expected_list_page.h"
 #include "tests/pages/page_painter.h"
 #include "tests/pages/slide_direction.h"
 #include "tests/support/gdiplus_ledger.h"
@@ -59,18 +61,9 @@ protected:
     /// The page with this row highlighted.
     PagePixels expected(int selected) {
         PagePainter painter(app.canvas());
-        painter.bitmapImage(304, 0, 0);
-        painter.triangle({24, 10}, {24, 26}, {9, 18}, 0xFFFFFFFF);
-        painter.text({L"Options", 20, 0xFFFFFFFF, 160, 18, TextPlace::Centre});
-        const int tops[] = {36, 69, 98};
-        const wchar_t* const names[] = {L"About", L"Settings", L"Exit Applet"};
-        for (int i = 0; i < 3; ++i) {
-            if (i == selected) {
-                painter.fill(4, tops[i], 312, 29, 0x3280FFFF);
-            }
-            const float middle = static_cast<float>(tops[i]) + 14.5F;
-            painter.text({names[i], 20, 0xFFFFFFFF, 5, middle, TextPlace::LeftMiddle});
-        }
+        std::vector<ExpectedRow> rows{{L"About"}, {L"Settings"}, {L"Exit Applet"}};
+        rows[static_cast<std::size_t>(selected)].highlight = 0x3280FFFF;
+        paintExpectedList(painter, L"Options", ExpectedArrow::Left, rows);
         for (const PaintedText& text : painter.texts()) {
             TextCoverage(app.canvas(), text);
         }

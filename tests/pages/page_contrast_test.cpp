@@ -227,7 +227,7 @@ public:
         std::vector<Row> rows(6, Row{L"Speakers (High Definition)"});
         rows[1].highlight = Palette::kListActiveDevice;
         rows[4].highlight = Palette::kListCursor;
-        drawList(L"Active Audio Device", ListLayout::kRightArrow, rows);
+        showList(L"Active Audio Device", ListLayout::kRightArrow, rows);
     }
 };
 

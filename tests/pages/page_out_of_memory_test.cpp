@@ -1,6 +1,9 @@
 #include <gtest/gtest.h>
 
+#include <cstdint>
 #include <new>
+#include <string>
+#include <utility>
 
 #include "pages/options_page.h"
 #include "tests/pages/failing_allocations.h"
@@ -10,14 +13,17 @@
 namespace {
 
 /// Draws with the first allocation failing, then the second, and so on until there are no more. Each failure
-/// must come out of the drawing and leave nothing allocated. Returns how many there were.
-template <typename Draw>
-std::size_t failEachAllocation(const Draw& draw) {
+/// must come out of the drawing and leave nothing allocated once the page is drawn again. Returns how many
+/// there were. `change` gives the next drawing something to paint.
+template <typename Change, typename Draw>
+std::size_t failEachAllocation(const Change& change, const Draw& draw) {
     for (std::size_t failing = 0;; ++failing) {
+        draw();
         const GdiplusLedger ledger;
         const std::ptrdiff_t before = liveAllocations();
         bool thrown = false;
         bool failed = false;
+        change();
         {
             const FailingAllocation failure(failing);
             try {
@@ -28,6 +34,7 @@ std::size_t failEachAllocation(const Draw& draw) {
             failed = failure.hasFailed();
         }
         EXPECT_EQ(thrown, failed) << "allocation " << failing;
+        draw();
         EXPECT_EQ(liveAllocations(), before) << "allocation " << failing;
         EXPECT_EQ(ledger.outstanding(), GdiplusLedger::Numbers{}) << "allocation " << failing;
         if (!failed) {
@@ -41,8 +48,25 @@ using PageOutOfMemory = MainPageOnKeyboard;
 TEST_F(PageOutOfMemory, EveryFailureLeavesTheMainPagesDrawingAndIsForgottenAfterwards) {
     sampler.unreadMail = 1'234'567'890;
     sampler.gpuStats.coreClock = 4'000'000'000;
-    EXPECT_GT(failEachAllocation([this] { page->Draw(app.canvas(), {}); }), 3U);
+    const std::size_t failures =
+        failEachAllocation([this] { ++sampler.unreadMail; }, [this] { page->Draw(app.canvas(), {}); });
+    EXPECT_GT(failures, 10U) << "taking the view, and painting it";
     drawAndCompare("drawn again");
+}
+
+TEST_F(PageOutOfMemory, WhatAFailureLeftHalfPaintedIsPaintedAnewAlthoughNothingElseChanged) {
+    drawAndCompare("before");
+    for (std::size_t failing = 0;; ++failing) {
+        sampler.unreadMail = 1'000'000'000 + static_cast<std::int32_t>(failing);
+        const FailingAllocation failure(failing);
+        try {
+            page->Draw(app.canvas(), {});
+            break;
+        } catch (const std::bad_alloc&) {
+            smear();
+        }
+        drawAndCompare("after failure " + std::to_string(failing));
+    }
 }
 
 TEST_F(PageOutOfMemory, AFailedDrawingLeavesTheReadingForTheNextOne) {
@@ -57,7 +81,17 @@ TEST_F(PageOutOfMemory, EveryFailureLeavesTheOptionsPagesDrawing) {
     options.Init(app.canvas());
     options.Draw(app.canvas(), {});
     const PagePixels before(*options.bitmap());
-    EXPECT_GT(failEachAllocation([&] { options.Draw(app.canvas(), {}); }), 0U);
+    bool atTheTop = true;
+    Panelix::LcdButtons buttons;
+    const std::size_t failures = failEachAllocation(
+        [&] {
+            buttons = down({atTheTop ? Panelix::LcdButton::Down : Panelix::LcdButton::Up});
+            atTheTop = !atTheTop;
+        },
+        [&] { options.Draw(app.canvas(), std::exchange(buttons, {})); });
+    EXPECT_GT(failures, 0U);
+    options.OnActivate();
+    options.Draw(app.canvas(), {});
     EXPECT_TRUE(samePixels(PagePixels(*options.bitmap()), before));
 }
 

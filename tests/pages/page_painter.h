@@ -33,6 +33,8 @@ public:
 
     /// Fills the whole page with an opaque colour.
     void clear(std::uint32_t argb);
+    /// A whole page.
+    void picture(Gdiplus::Bitmap* page) { EXPECT_EQ(graphics_.DrawImage(page, 0, 0), Gdiplus::Ok); }
     void bitmapImage(int id, int x, int y) { image(id, 0, x, y); }
     void pngImage(int id, int x, int y) { image(id, 1, x, y); }
     /// Multiplies a bitmap resource into the page.
@@ -46,6 +48,8 @@ public:
     const std::vector<PaintedText>& texts() const { return texts_; }
 
     PagePixels pixels() { return PagePixels(bitmap_); }
+    /// Owned by the painter.
+    Gdiplus::Bitmap* bitmap() { return &bitmap_; }
 
 private:
     void image(int id, int fromPng, int x, int y);

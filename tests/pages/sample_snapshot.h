@@ -1,7 +1,7 @@
 #pragma once
 
-#include "stats/system_info.h"
+#include "stats/snapshot.h"
 
 /// Sets every figure of the snapshot to an ordinary value: all sources are there, nothing is muted, no mail.
 /// dataReady is cleared.
-void setOrdinaryFigures(SystemInfo& info);
+void setOrdinaryFigures(Snapshot& snapshot);

@@ -16,6 +16,7 @@
 #include "tests/framework/core/lcd_fixture.h"
 #include "tests/framework/core/probe_app.h"
 #include "tests/support/gdiplus_ledger.h"
+#include "tests/support/import_override.h"
 #include "tests/support/import_recorder.h"
 #include "tests/support/virtual_time.h"
 
@@ -158,6 +159,149 @@ TEST_F(AppWithKeyboard, EveryPassShowsTheActivePageOnTheLcd) {
     for (const G19Frame& frame : frames()) {
         EXPECT_EQ(pixel(frame, 0, 0), kRed);
         EXPECT_EQ(pixel(frame, 319, 239), kRed);
+    }
+}
+
+/// What was converted into LCD frames since the ledger was made.
+int conversions(const GdiplusLedger& ledger) {
+    return ledger.taken()["GDI bitmap"];
+}
+
+TEST_F(AppWithKeyboard, WithoutAChangeTheFrameIsHandedOverAgainAndNothingIsComposedOrConverted) {
+    const GdiplusLedger ledger;
+    run(5);
+    EXPECT_EQ(conversions(ledger), 1);
+    EXPECT_EQ(keyboard.frameCount(), 5U);
+    EXPECT_EQ(keyboard.callCount(LcdCall::ColorSetBackground), 5U);
+    EXPECT_EQ(keyboard.callCount(LcdCall::Update), 5U);
+    for (const G19Frame& frame : frames()) {
+        EXPECT_EQ(pixel(frame, 160, 120), kRed);
+        EXPECT_EQ(frame.checksum, frames().front().checksum);
+    }
+}
+
+TEST_F(AppWithKeyboard, WhatThePagePaintsIsShownInItsOwnPassAndOnce) {
+    onPass = [this](int number, const LcdButtons&) {
+        if (number == 3) {
+            main->paint(Gdiplus::Color(kBlue));
+        }
+    };
+    const GdiplusLedger ledger;
+    run(5);
+    EXPECT_EQ(conversions(ledger), 2);
+    const auto shown = frames();
+    ASSERT_EQ(shown.size(), 5U);
+    for (std::size_t i = 0; i < 5; ++i) {
+        EXPECT_EQ(pixel(shown[i], 160, 120), i < 2 ? kRed : kBlue) << "frame " << i;
+    }
+}
+
+TEST_F(AppWithKeyboard, WhatIsDrawnWithoutBeginningAPaintingIsNotShown) {
+    onPass = [this](int number, const LcdButtons&) {
+        if (number == 3) {
+            Gdiplus::Graphics(main->bitmap()).Clear(Gdiplus::Color(kBlue));
+        }
+    };
+    run(5);
+    EXPECT_EQ(pixel(frames().back(), 160, 120), kRed);
+}
+
+TEST_F(AppWithKeyboard, EveryPassOfASlideIsComposedAndTheOneAfterIt) {
+    app->SwitchPage(other, TransitionKind::SlideFromRight);
+    const GdiplusLedger ledger;
+    run(15);
+    EXPECT_EQ(conversions(ledger), 11);
+    EXPECT_EQ(firstBlueColumn(frames().back()), 0);
+}
+
+TEST_F(AppWithKeyboard, WhatAPageHasPaintedWhileItWasNotShownIsShownOnceItIs) {
+    onPass = [this](int number, const LcdButtons&) {
+        if (number == 2) {
+            other->paint(Gdiplus::Color(0xFF00FF00));
+        } else if (number == 4) {
+            app->SwitchPage(other, TransitionKind::SlideFromTop);
+        }
+    };
+    run(20);
+    EXPECT_EQ(pixel(frames().back(), 160, 120), 0xFF00FF00U);
+}
+
+using DrawImage = decltype(Gdiplus::DllExports::GdipDrawImageI);
+DrawImage* drawImage = nullptr;
+int refusedImages = 0;
+
+Gdiplus::GpStatus WINGDIPAPI refuseImages(Gdiplus::GpGraphics* graphics,
+                                          Gdiplus::GpImage* image,
+                                          INT x,
+                                          INT y) {
+    if (refusedImages > 0) {
+        --refusedImages;
+        return Gdiplus::OutOfMemory;
+    }
+    return drawImage(graphics, image, x, y);
+}
+
+TEST_F(AppWithKeyboard, ACompositionThatFailedIsRepeatedInTheNextPass) {
+    const ImportOverride refusing("gdiplus.dll", "GdipDrawImageI", refuseImages);
+    drawImage = refusing.original<DrawImage>();
+    refusedImages = 2;
+    run(5);
+    const auto shown = frames();
+    ASSERT_EQ(shown.size(), 5U);
+    for (std::size_t i = 0; i < 5; ++i) {
+        EXPECT_EQ(pixel(shown[i], 160, 120), i < 2 ? Gdiplus::ARGB{0xFF000000} : kRed) << "frame " << i;
+    }
+}
+
+Gdiplus::GpStatus WINGDIPAPI refuseBitmap(Gdiplus::GpBitmap*, HBITMAP*, Gdiplus::ARGB) {
+    return Gdiplus::OutOfMemory;
+}
+
+TEST_F(AppWithKeyboard, AfterAConversionThatFailedTheNextRunConverts) {
+    {
+        const ImportOverride refusing("gdiplus.dll", "GdipCreateHBITMAPFromBitmap", refuseBitmap);
+        EXPECT_THROW(run(5), SysException);
+    }
+    EXPECT_EQ(keyboard.frameCount(), 0U);
+    pass = 0;
+    run(2);
+    ASSERT_EQ(keyboard.frameCount(), 2U);
+    EXPECT_EQ(pixel(*keyboard.frame(1), 160, 120), kRed);
+}
+
+using SetBackground = bool(unsigned char*);
+SetBackground* setBackground = nullptr;
+decltype(GetProcAddress)* getProcAddress = nullptr;
+
+/// A library that writes into the frames that it is given.
+bool scribble(unsigned char* frame) {
+    const bool result = setBackground(frame);
+    std::fill_n(frame, Panelix::kLcdFrameBytes, static_cast<unsigned char>(0x55));
+    return result;
+}
+
+FARPROC WINAPI findScribble(HMODULE module, LPCSTR name) {
+    const FARPROC found = getProcAddress(module, name);
+    if (std::string(name) != "LogiLcdColorSetBackground") {
+        return found;
+    }
+    setBackground = reinterpret_cast<SetBackground*>(reinterpret_cast<void*>(found));
+    return reinterpret_cast<FARPROC>(reinterpret_cast<void*>(scribble));
+}
+
+TEST_F(AppWithKeyboard, ALibraryThatWritesIntoAFrameDoesNotSpoilTheNextOnes) {
+    const ImportOverride lookup("kernel32.dll", "GetProcAddress", findScribble);
+    getProcAddress = lookup.original<decltype(GetProcAddress)>();
+    app.reset();
+    app.emplace(20);
+    auto page = std::make_unique<ProbePage>("main", &*app, &log, Gdiplus::Color(kRed));
+    page->onUpdate = [this](const LcdButtons&) { return ++pass < 4; };
+    app->SetMainPage(std::move(page));
+    app->Run();
+    ASSERT_NE(setBackground, nullptr);
+    EXPECT_EQ(keyboard.frameCount(), 4U);
+    for (const G19Frame& frame : frames()) {
+        EXPECT_EQ(pixel(frame, 160, 120), kRed);
     }
 }
 
@@ -540,6 +684,33 @@ TEST_F(AppWithoutKeyboard, EndsBehindThePassThatSeesTheQuitMessage) {
     app.SetMainPage(std::move(page));
     app.Run();
     EXPECT_EQ(drawn, 4);
+}
+
+decltype(InvalidateRect)* invalidateRect = nullptr;
+int invalidations = 0;
+
+BOOL WINAPI countInvalidation(HWND window, const RECT* rectangle, BOOL erase) {
+    ++invalidations;
+    return invalidateRect(window, rectangle, erase);
+}
+
+TEST_F(AppWithoutKeyboard, AsksForARepaintAfterAChangeOnly) {
+    const ImportOverride counting("user32.dll", "InvalidateRect", countInvalidation);
+    invalidateRect = counting.original<decltype(InvalidateRect)>();
+    invalidations = 0;
+    auto page = std::make_unique<ProbePage>("main", &app, &log);
+    ProbePage* const only = page.get();
+    std::vector<int> before;
+    page->onUpdate = [&](const LcdButtons&) {
+        before.push_back(invalidations);
+        if (before.size() == 4) {
+            only->paint(Gdiplus::Color(kBlue));
+        }
+        return before.size() < 7;
+    };
+    app.SetMainPage(std::move(page));
+    app.Run();
+    EXPECT_THAT(before, ElementsAre(0, 1, 1, 1, 2, 2, 2));
 }
 
 TEST_F(AppWithoutKeyboard, StopsPumpingAtTheQuitMessage) {

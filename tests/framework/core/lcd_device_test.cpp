@@ -149,7 +149,7 @@ TEST_F(LcdDeviceWithKeyboard, AFrameReachesTheLcdByteForByteWithTheNextUpdate) {
         frame[i] = static_cast<std::uint8_t>(i * 7 + i / 251);
     }
     const std::vector<std::uint8_t> expected(frame.get(), frame.get() + Panelix::kLcdFrameBytes);
-    device.PushFrame(std::move(frame));
+    device.PushFrame(frame);
     EXPECT_FALSE(keyboard.lastFrame());
     device.Update();
     ASSERT_TRUE(keyboard.lastFrame());

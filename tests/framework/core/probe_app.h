@@ -57,7 +57,7 @@ public:
         if (onInit) {
             onInit();
         }
-        graphics()->Clear(color_);
+        paint(color_);
     }
     void OnActivate() override { note("OnActivate"); }
     void OnDeactivate() override { note("OnDeactivate"); }
@@ -72,6 +72,8 @@ public:
             onDraw(buttons);
         }
     }
+
+    void paint(Gdiplus::Color color) { beginPainting().Clear(color); }
 
     std::function<void()> onInit;
     std::function<bool(const Panelix::LcdButtons&)> onUpdate;

@@ -57,7 +57,7 @@ public:
     bool Update(bool, const Panelix::LcdButtons&) override { return true; }
     void Draw(Panelix::Canvas*, const Panelix::LcdButtons&) override {}
 
-    const Gdiplus::Graphics& drawsWith() { return *graphics(); }
+    const Gdiplus::Graphics& drawsWith() { return beginPainting(); }
 };
 
 }  // namespace
