@@ -91,7 +91,7 @@ protected:
     }
 
     /// Checks the ten frames of a slide that begins with frame `first`, away from what the frame before
-    /// shows. Unless null, `newPage` is what the new page shows: it must be complete from the first frame on.
+    /// shows. Unless null, `newPage` is what the new page shows all the while.
     void expectSlide(std::uint64_t first, TransitionKind direction, const G19Frame* newPage) const {
         const auto left = keyboard.frame(first - 1);
         ASSERT_TRUE(left);
@@ -124,8 +124,7 @@ TEST_F(Navigation, EveryEdgeOfTheGraphSlidesInItsDirectionToItsPage) {
         ASSERT_NE(first, 0U);
         const auto shown = keyboard.lastFrame();
         ASSERT_TRUE(shown);
-        // The pages are ticked in this order: main, audio devices, options. One that is switched to from an
-        // earlier one is drawn in the same pass; a list page that was drawn once does not change.
+        // A list page shows the same when it comes in as when it has come to rest.
         const bool standsStill = step.target != Shown::Main;
         expectSlide(first, step.direction, standsStill ? &*shown : nullptr);
 
