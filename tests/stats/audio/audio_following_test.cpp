@@ -181,7 +181,7 @@ TEST_F(AudioFollowing, TheFirstDevicesAreBoundAndTheLossOfTheLastIsSilence) {
     addDevices();
     for (int i = 0; i < 3; ++i) {
         setBothDefaults(kHeadphones, kMicrophone);
-        audio.setLevels(kHeadphones, {{0.255F, 0.355F}, 0.355F, true});
+        audio.setLevels(kHeadphones, {{0.252F, 0.352F}, 0.352F, true});
         audio.setLevels(kMicrophone, {{1.0F}, 1.0F, true});
         ask(*info);
         AudioSnapshot expected = kHeadphonesSnapshot;
@@ -446,7 +446,7 @@ TEST_F(AudioFollowing, AVolumeThatCouldNotBeHadIsTriedAgain) {
         EXPECT_EQ(callsOfAsking(*info), kQuestions);
         expectBound(*info, kSpeakers, kMicrophone);
         expectNothingLeft(info);
-        audio.setLevels(kSpeakers, {{0.605F, 0.405F}, 0.605F, false});
+        audio.setLevels(kSpeakers, {{0.602F, 0.402F}, 0.602F, false});
         audio.setLevels(kMicrophone, {{1.0F}, 1.0F, false});
     }
 }
