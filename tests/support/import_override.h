@@ -6,7 +6,8 @@
 
 /// Replaces one function that this program imports, for as long as it lives: calls out of the program's own
 /// code, that of the tested layers included, go to the replacement. Calls inside the system's libraries stay
-/// as they are. For what no stand-in and no real object can show: a call that fails, a record as it was
+/// as they are. (The function that makes the override may have read the import before: calls belong into
+/// another.) For what no stand-in and no real object can show: a call that fails, a record as it was
 /// handed over, how often something was given back. Of overrides of one function the last one made goes
 /// first.
 class ImportOverride {
