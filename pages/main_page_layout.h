@@ -14,8 +14,8 @@ inline constexpr float kLargeFontPx = 24.0F;
 
 inline constexpr PagePoint kFullScreen{0, 0};
 
-/// A plot is one column per sample wide. So its width is the time that it shows: 201 samples, one every 300 ms
-/// (kUpdatePeriodMs of stats/system_info.cpp), are the last minute.
+/// A plot is one column per sample wide. So its width is the time that it shows: 201 samples, one every 300
+/// ms (kUpdatePeriodMs of stats/system_info.cpp), are the last minute.
 inline constexpr int kGraphWidth = 201;
 inline constexpr int kGraphBarGap = 4;
 inline constexpr int kGraphBarWidth = 18;

@@ -47,6 +47,8 @@ using Panelix::TransitionKind;
 namespace LcdSdk = Panelix::LcdSdk;
 
 constexpr unsigned kUsualPasses = 3'000;
+/// Where ./test.sh was told to run the long forms of tests.
+constexpr unsigned kLongFormPasses = 20'000;
 
 unsigned numberFromEnvironment(const char* name, unsigned otherwise) {
     const char* const text = std::getenv(name);
@@ -519,7 +521,8 @@ private:
     };
 
     const unsigned seed_ = numberFromEnvironment("KELVARO_SEED", std::random_device{}());
-    const unsigned passes_ = numberFromEnvironment("KELVARO_PASSES", kUsualPasses);
+    const unsigned passes_ = numberFromEnvironment(
+        "KELVARO_PASSES", std::getenv("KELVARO_ALL") != nullptr ? kLongFormPasses : kUsualPasses);
     std::mt19937 random_;
     TemporaryFolder documents_;
     CallLog log_;

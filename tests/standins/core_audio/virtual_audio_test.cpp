@@ -7,6 +7,7 @@
 #include <mmdeviceapi.h>
 #include <wrl/client.h>
 
+#include "standins/call_log.h"
 #include "framework/core/com_apartment.h"
 #include "standins/core_audio/loaded_core_audio.h"
 #include "tests/support/standin_session.h"
@@ -72,13 +73,13 @@ TEST_F(VirtualSound, FailsTheCallsThatItWasToldTo) {
 
 TEST_F(VirtualSound, KeepsTheNewestCalls) {
     constexpr std::uint32_t kMore = 10;
-    for (std::uint32_t i = 0; i < VirtualAudio::kCallLogLength + kMore; ++i) {
+    for (std::uint32_t i = 0; i < Standins::CallLog::kLength + kMore; ++i) {
         audio.enter({.call = AudioCall::Item, .first = i});
     }
     const std::vector<Standins::AudioCallEntry> calls = audio.calls();
-    ASSERT_EQ(calls.size(), VirtualAudio::kCallLogLength);
+    ASSERT_EQ(calls.size(), Standins::CallLog::kLength);
     EXPECT_EQ(calls.front().first, kMore);
-    EXPECT_EQ(calls.back().first, VirtualAudio::kCallLogLength + kMore - 1);
+    EXPECT_EQ(calls.back().first, Standins::CallLog::kLength + kMore - 1);
 }
 
 TEST_F(VirtualSound, NeverSettlesWithoutACallback) {

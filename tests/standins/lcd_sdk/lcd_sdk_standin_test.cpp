@@ -9,6 +9,7 @@
 
 #include "framework/core/lcd_sdk_abi.h"
 #include "standins/lcd_sdk/virtual_g19.h"
+#include "standins/call_log.h"
 #include "standins/vendor_libraries.h"
 #include "tests/standins/lcd_sdk/loaded_lcd_sdk.h"
 #include "tests/support/standin_session.h"
@@ -133,14 +134,13 @@ TEST_F(LcdSdkStandin, CallsAreLoggedInOrderWithArgumentAndTime) {
 
 TEST_F(LcdSdkStandin, CallLogKeepsTheNewestCalls) {
     init();
-    for (std::size_t i = 0; i < VirtualG19::kCallLogLength; ++i) {
+    for (std::size_t i = 0; i < Standins::CallLog::kLength; ++i) {
         isDown(static_cast<int>(i));
     }
     const std::vector<Standins::LcdCallEntry> calls = keyboard.calls();
-    // One less than the log's length: the oldest might be about to be overwritten.
-    ASSERT_EQ(calls.size(), VirtualG19::kCallLogLength - 1);
-    EXPECT_EQ(calls.front().argument, 1u);
-    EXPECT_EQ(calls.back().argument, VirtualG19::kCallLogLength - 1);
+    ASSERT_EQ(calls.size(), Standins::CallLog::kLength);
+    EXPECT_EQ(calls.front().argument, 0u);
+    EXPECT_EQ(calls.back().argument, Standins::CallLog::kLength - 1);
 }
 
 TEST_F(LcdSdkStandin, NothingIsShownOutsideInitAndShutdown) {

@@ -1,0 +1,64 @@
+#include "standins/call_log.h"
+
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <cstdint>
+#include <memory>
+#include <thread>
+#include <vector>
+
+namespace {
+
+using Standins::CallLog;
+using Standins::LoggedCall;
+
+constexpr std::uint32_t kWriters = 3;
+constexpr std::int64_t kCallsPerWriter = 20'000;
+
+TEST(CallLog, EntriesAreWholeWhoeverWritesMeanwhile) {
+    const auto log = std::make_unique<CallLog>();
+    std::atomic<std::uint32_t> running{kWriters};
+    std::vector<std::thread> writers;
+    for (std::uint32_t writer = 0; writer < kWriters; ++writer) {
+        writers.emplace_back([&, writer] {
+            for (std::int64_t i = 0; i < kCallsPerWriter; ++i) {
+                log->add(writer, {i, i, i, i, writer});
+            }
+            --running;
+        });
+    }
+    std::uint64_t read = 0;
+    while (running > 0) {
+        for (const LoggedCall& call : log->entries()) {
+            ++read;
+            for (std::size_t k = 1; k < 4; ++k) {
+                ASSERT_EQ(call.arguments[k], call.arguments[0]) << "parts of two calls";
+            }
+            ASSERT_EQ(call.arguments[4], call.call);
+        }
+    }
+    for (std::thread& writer : writers) {
+        writer.join();
+    }
+    EXPECT_GT(read, 0U);
+    EXPECT_EQ(log->entries().size(), CallLog::kLength);
+    for (std::uint32_t writer = 0; writer < kWriters; ++writer) {
+        EXPECT_EQ(log->count(writer), static_cast<std::uint64_t>(kCallsPerWriter));
+    }
+}
+
+TEST(CallLog, IsEmptyOnceItWasCleared) {
+    const auto log = std::make_unique<CallLog>();
+    log->add(1, {7});
+    log->clear();
+    EXPECT_EQ(log->count(1), 0U);
+    EXPECT_TRUE(log->entries().empty());
+    log->add(2, {8});
+    const std::vector<LoggedCall> calls = log->entries();
+    ASSERT_EQ(calls.size(), 1U);
+    EXPECT_EQ(calls[0].call, 2U);
+    EXPECT_EQ(calls[0].arguments[0], 8);
+}
+
+}  // namespace
