@@ -74,9 +74,9 @@ TEST_F(GamepadBattery, FirstGamepadIsAskedForItsOwnBattery) {
     const std::vector<Standins::LoggedCall> calls = gamepads_.log().entries();
     ASSERT_EQ(calls.size(), 2u);
     EXPECT_EQ(calls[0].call, static_cast<std::uint32_t>(XinputCall::GetState));
-    EXPECT_THAT(calls[0].arguments, testing::ElementsAre(0, 0, 0));
+    EXPECT_THAT(calls[0].arguments, testing::Each(0));
     EXPECT_EQ(calls[1].call, static_cast<std::uint32_t>(XinputCall::GetBatteryInformation));
-    EXPECT_THAT(calls[1].arguments, testing::ElementsAre(0, 0, 0));
+    EXPECT_THAT(calls[1].arguments, testing::Each(0));
 }
 
 TEST_F(GamepadBattery, OtherGamepadsDoNotCount) {

@@ -244,13 +244,15 @@ TEST_F(GpuNvidiaDriver, StructuresCarryTheirVersionWords) {
         return calls.empty() ? LoggedCall{} : calls.front();
     };
     EXPECT_THAT(only(NvapiCall::GpuGetDynamicPstatesInfoEx).arguments,
-                testing::ElementsAre(card, 0x0001'0048, 0));
+                testing::ElementsAre(card, 0x0001'0048, 0, 0, 0));
     // Sensor 0.
-    EXPECT_THAT(only(NvapiCall::GpuGetThermalSettings).arguments, testing::ElementsAre(card, 0x0002'0044, 0));
-    EXPECT_THAT(only(NvapiCall::GpuGetMemoryInfo).arguments, testing::ElementsAre(card, 0x0003'0020, 0));
+    EXPECT_THAT(only(NvapiCall::GpuGetThermalSettings).arguments,
+                testing::ElementsAre(card, 0x0002'0044, 0, 0, 0));
+    EXPECT_THAT(only(NvapiCall::GpuGetMemoryInfo).arguments,
+                testing::ElementsAre(card, 0x0003'0020, 0, 0, 0));
     // Clock type 0, the current clocks, and no reserved bit.
     EXPECT_THAT(only(NvapiCall::GpuGetAllClockFrequencies).arguments,
-                testing::ElementsAre(card, 0x0003'0108, 0));
+                testing::ElementsAre(card, 0x0003'0108, 0, 0, 0));
 }
 
 TEST_F(GpuNvidiaDriver, CardWithoutMemoryHasAMemoryLoadOfZero) {

@@ -182,13 +182,16 @@ private:
     ImportOverride override_;
 };
 
-TEST_F(LcdDeviceWithKeyboard, AFrameIsFreedOnceTheLcdHasIt) {
+TEST_F(LcdDeviceWithKeyboard, AFrameIsOnlyBorrowedHoweverOftenItIsShown) {
     ASSERT_TRUE(device.Init(L"Kelvaro"));
     LcdFrame frame = std::make_unique<std::uint8_t[]>(Panelix::kLcdFrameBytes);
     const FreeCounter freed(frame.get());
-    device.PushFrame(std::move(frame));
+    device.PushFrame(frame);
+    device.PushFrame(frame);
+    EXPECT_EQ(keyboard.callCount(LcdCall::ColorSetBackground), 2U);
+    EXPECT_EQ(FreeCounter::count, 0);
+    frame.reset();
     EXPECT_EQ(FreeCounter::count, 1);
-    EXPECT_EQ(keyboard.callCount(LcdCall::ColorSetBackground), 1U);
 }
 
 TEST(LcdDevice, HasNoButtonPressedOrHeldBeforeTheFirstPoll) {
