@@ -19,7 +19,7 @@ namespace {
 constexpr std::uint64_t kIdentity = 0x4B41'5544'0000'0004;
 constexpr std::chrono::seconds kHandshakeLimit{10};
 
-using Text = SharedText<wchar_t, VirtualAudio::kTextLength>;
+using Text = SharedText<wchar_t, VirtualAudio::kTextLength - 1>;
 
 struct LevelsSlot {
     std::atomic<std::uint32_t> channelCount;

@@ -99,7 +99,7 @@ struct AudioLevels {
 
 struct AudioDevice {
     AudioFlow flow = AudioFlow::Render;
-    /// At most VirtualAudio::kTextLength characters, as for the name.
+    /// At most VirtualAudio::kTextLength - 1 characters, as for the name.
     std::wstring id;
     /// The device's GetId succeeds with a null string.
     bool idMissing = false;
