@@ -208,7 +208,7 @@ openWineSession() {
         "$here/scripts/wine_prefix.sh"
     fi
     startXvfb
-    "$(findWineserver)" -p >/dev/null 2>&1
+    "$(findWineserver)" -p >/dev/null 2>&1 || fail "other programs run in the Wine prefix $WINEPREFIX"
     exec {sessionInput}> >(exec "$here/scripts/wine.sh" \
         "$here/out/build/release/tests/support/wine_session.exe" "Z:${ready//\//\\}" >/dev/null 2>&1)
     local tenths

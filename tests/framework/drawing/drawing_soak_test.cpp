@@ -34,7 +34,7 @@ constexpr int kBeyondAllHandles = 70'000;
 /// Converting is all that takes handles of GDI. In the long form everything else goes as far.
 constexpr int kPasses = 4'000;
 constexpr int kWarmUpPasses = 1'000;
-constexpr std::size_t kAllowedGrowthBytes = std::size_t{2} * 1024 * 1024;
+constexpr std::size_t kAllowedGrowthBytes = std::size_t{256} * 1024;
 constexpr int kSlidePasses = 10;
 constexpr int kPassesPerSlide = 100;
 
