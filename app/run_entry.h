@@ -6,10 +6,10 @@
 #include <string_view>
 
 /// Start command of the program at `path`, as Windows runs it at logon: the path in quotes and, for a delay
-/// other than 0, the option "-delay" with the seconds directly behind it.
+/// other than 0, the option "-delay" with the seconds directly after it.
 std::string runEntryText(const std::string& path, std::uint32_t delaySeconds);
 
-/// Start delay in seconds that a start command asks for: the number behind its first "-delay". 0 without the
+/// Start delay in seconds that a start command asks for: the number after its first "-delay". 0 without the
 /// option, when what follows it is anything else than digits, a blank included, and when the number is beyond
 /// 2,147,483,647.
 std::uint32_t runEntryDelay(std::string_view text);

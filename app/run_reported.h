@@ -11,7 +11,7 @@ inline constexpr int kExitError = 1;
 /// MB_TASKMODAL makes it modal for all windows of the thread.
 inline constexpr UINT kErrorBoxStyle = MB_ICONERROR | MB_TASKMODAL | MB_TOPMOST;
 
-/// Runs one step of the program and answers its exit code. A SysException or a std::exception that leaves the
+/// Runs one step of the program and returns its exit code. A SysException or a std::exception that leaves the
 /// step is shown to the user, in a box that holds the thread until it is closed; anything else passes
 /// through.
 int runReported(const std::function<void()>& step);

@@ -38,7 +38,7 @@ int startKelvaro(HINSTANCE instance) {
         MessageBoxW(nullptr, L"Kelvaro is already running!", L"Kelvaro Error", kErrorBoxStyle);
         return kExitError;
     }
-    // A number behind "-delay" that cannot be read ends the process here.
+    // A number after "-delay" that cannot be read ends the process here.
     std::set_terminate(endSilently);
     if (const auto delayMs = startDelayMs(GetCommandLineW())) {
         Sleep(*delayMs);

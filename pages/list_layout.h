@@ -41,7 +41,7 @@ constexpr float textMiddle(int index) {
 static_assert(isOnScreen(kTitle));
 static_assert(isOnScreen(kRightArrow[0]) && isOnScreen(kRightArrow[1]) && isOnScreen(kRightArrow[2]));
 static_assert(isOnScreen(kLeftArrow[0]) && isOnScreen(kLeftArrow[1]) && isOnScreen(kLeftArrow[2]));
-// Lists do not scroll: the seventh row runs over the lower edge, and those behind it are not seen.
+// Lists do not scroll: the seventh row runs over the lower edge, and those after it are not seen.
 static_assert(isOnScreen(rowRect(0)) && isOnScreen(rowRect(5)) && !isOnScreen(rowRect(6)));
 
 }  // namespace ListLayout

@@ -4,7 +4,7 @@
 
 std::wstring wideFromAnsi(std::string_view text) {
     const int bytes = static_cast<int>(text.size());
-    // The system refuses an empty text, and the answer is then 0 as well.
+    // The system refuses an empty text, and the result is then 0 as well.
     const int length = MultiByteToWideChar(CP_ACP, 0, text.data(), bytes, nullptr, 0);
     if (length <= 0) {
         return {};

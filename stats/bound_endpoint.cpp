@@ -62,7 +62,7 @@ BoundEndpoint::~BoundEndpoint() {
     release();
 }
 
-// What Core Audio answers to the registration does not matter: a callback that it did not take is simply
+// What Core Audio returns for the registration does not matter: a callback that it did not take is simply
 // never called.
 void BoundEndpoint::bind(Microsoft::WRL::ComPtr<IMMDevice> device) noexcept {
     release();

@@ -9,7 +9,7 @@
 
 /// One reading of Core Temp: through its reader library, or without that from the shared memory that Core
 /// Temp publishes while it runs. Made and destroyed in every pass; cheap enough for that, 20 kB on the stack.
-/// The getters are called after a GetData() that answered true and give then what Core Temp has written
+/// The getters are called after a GetData() that returned true and give then what Core Temp has written
 /// there, plausible or not, but never more than its record holds.
 class CoreTempProxy {
 public:

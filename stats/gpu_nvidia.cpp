@@ -11,7 +11,7 @@
 
 namespace {
 
-// What the vendor's own loader answers for a function that the driver does not have.
+// What the vendor's own loader returns for a function that the driver does not have.
 template <typename... Parameters>
 Nvapi::Status call(Nvapi::Status (*function)(Parameters...), std::type_identity_t<Parameters>... arguments) {
     return function != nullptr ? function(arguments...) : Nvapi::kNoImplementation;

@@ -12,7 +12,7 @@
 #include "stats/policy_config_abi.h"
 #include "stats/volume_percent.h"
 
-// What Core Audio answers is told by the interface pointers and values that it hands out: those that a failed
+// What Core Audio returns is told by the interface pointers and values that it hands out: those that a failed
 // call leaves null or at the value they were preset to are missing, whatever its result code says.
 
 namespace {

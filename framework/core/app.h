@@ -33,7 +33,7 @@ public:
     App(const App&) = delete;
     App& operator=(const App&) = delete;
 
-    /// Answers a command code from kCommandAbout on; called by the preview window and by pages.
+    /// Obeys a command code from kCommandAbout on; called by the preview window and by pages.
     virtual void HandleCommand(std::uint32_t command) = 0;
 
     /// Runs passes until a page ends the program or, in desktop mode, the preview window is destroyed. Throws
@@ -86,7 +86,7 @@ private:
     const LcdButtons& buttons() const;
 
     bool resetPacing_ = false;
-    /// Before all that uses COM, and so ended behind it.
+    /// Before all that uses COM, and so ended after it.
     ComApartment com_;
     HINSTANCE instance_;
     std::uint64_t framePeriodMs_;

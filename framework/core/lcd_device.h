@@ -30,7 +30,7 @@ public:
     /// it.
     void PushFrame(const LcdFrame& frame);
 
-    /// Lets the vendor's library do its work; once per pass, behind PushFrame.
+    /// Lets the vendor's library do its work; once per pass, after PushFrame.
     void Update();
 
 private:

@@ -64,7 +64,7 @@ private:
     std::wstring name_;
     App* app_;
     Gdiplus::Bitmap bitmap_;
-    // Declared behind the bitmap that it draws on, so it goes first.
+    // Declared after the bitmap that it draws on, so it goes first.
     Gdiplus::Graphics graphics_;
     bool changed_ = false;
 };

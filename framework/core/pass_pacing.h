@@ -17,7 +17,7 @@ struct PassTiming {
     std::uint64_t framePeriodMs;
 };
 
-/// Milliseconds to sleep behind the pass; 0 for a pass that took its whole period or longer. Nothing is
+/// Milliseconds to sleep after the pass; 0 for a pass that took its whole period or longer. Nothing is
 /// caught up later: a pass in which the machine was in standby, whose hours the clock counts, is followed by
 /// the next one at once, and that one is paced as usual.
 std::int64_t passWaitMs(const PassTiming& timing);

@@ -9,7 +9,7 @@ namespace Panelix {
 
 namespace {
 
-/// GetDIBits may write colour masks or a palette behind the header that it is given.
+/// GetDIBits may write colour masks or a palette after the header that it is given.
 struct DibInfo {
     BITMAPINFOHEADER header;
     std::array<RGBQUAD, 256> colours;
@@ -25,7 +25,7 @@ LcdFrame Canvas::toLcdFrame() {
     // Deleted, not released: the system takes the screen's context back by either call.
     const UniqueDc screen(GetDC(nullptr));
     HBITMAP raw = nullptr;
-    // The call's own answer: the surface may still hold the status of an earlier failure.
+    // The call's own result: the surface may still hold the status of an earlier failure.
     lastStatus_ = surface_.GetHBITMAP(Gdiplus::Color(0, 0, 0, 0), &raw);
     const UniqueBitmap bitmap(raw);
     checkStatus(L"Failed to retrieve background bitmap");

@@ -15,7 +15,7 @@ namespace Panelix {
 struct Image {
     /// Premultiplied BGRA, rows top to bottom without padding; empty when GDI+ owns the pixels itself.
     std::unique_ptr<std::byte[]> pixels;
-    /// Null when there is no image. Declared behind the pixels, so it goes first.
+    /// Null when there is no image. Declared after the pixels, so it goes first.
     std::unique_ptr<Gdiplus::Bitmap> bitmap;
 };
 

@@ -45,7 +45,7 @@ public:
     /// At most kNameLength bytes; a name that takes all of them has no terminator.
     void setName(std::size_t adapter, std::string_view name) noexcept;
     void setFigures(std::size_t adapter, const RadeonFigures& figures) noexcept;
-    /// What the call answers; it hands nothing out unless that is 0.
+    /// What the call returns; it hands nothing out unless that is 0.
     void setStatus(AdlCall call, std::int32_t status) noexcept;
     /// Calls that fail hand out what they would if they had succeeded.
     void setWritesBeforeItFails(bool writes) noexcept;

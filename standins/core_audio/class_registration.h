@@ -5,7 +5,7 @@
 namespace Standins {
 
 /// Names the library at `path` as the server of both Core Audio classes, for every process that uses the same
-/// registry. What was registered before is kept beside it. Registering twice is as good as once. Answers
+/// registry. What was registered before is kept beside it. Registering twice is as good as once. Returns
 /// whether the registry took it.
 bool registerClasses(const wchar_t* path) noexcept;
 

@@ -204,7 +204,7 @@ public:
     std::uint64_t callbackEvents(CallbackEvent event) const noexcept;
     /// References to callbacks that the server holds; each registration and each running notice is one.
     std::int32_t callbackReferences() const noexcept;
-    /// Calls of OnNotify, and the answer to the latest.
+    /// Calls of OnNotify, and what the latest returned.
     std::uint64_t noticesDelivered() const noexcept;
     HRESULT lastNoticeResult() const noexcept;
     /// Thread that made the latest call of OnNotify.
@@ -212,7 +212,7 @@ public:
 
     // The server's side.
 
-    /// Logs the call. What it returns, if anything, is what the call is to answer without doing its work.
+    /// Logs the call. What it returns, if anything, is what the call is to return without doing its work.
     std::optional<HRESULT> enter(const AudioCallEntry& call) noexcept;
     /// Grows whenever the device is taken away, and when the service ends: what is of a former life is
     /// useless.

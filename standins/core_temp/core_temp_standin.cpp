@@ -64,7 +64,7 @@ bool standin_IsFahrenheit(void* self) noexcept {
     return source != nullptr ? source->isFahrenheit() : false;
 }
 
-// The record's field, and behind it more text as if it were the next member.
+// The record's field, and after it more text as if it were the next member.
 const char* standin_GetCPUName(const void* self) noexcept {
     const VirtualCoreTemp* const source = enter(CoreTempCall::GetCPUName, self);
     static char name[VirtualCoreTemp::kNameLength + 8];

@@ -53,11 +53,11 @@ public:
     /// Opens the record, or makes it. Throws std::runtime_error when that fails.
     VirtualCoreTemp();
 
-    /// What GetData answers.
+    /// What GetData returns.
     void setRunning(bool running) noexcept;
     /// At most kNameLength bytes; a name that takes all of them has no terminator.
     void setName(std::string_view name) noexcept;
-    /// GetCPUName answers null instead of a text.
+    /// GetCPUName returns null instead of a text.
     void setNameIsNull(bool isNull) noexcept;
     void setFigures(const CoreTempFigures& figures) noexcept;
 

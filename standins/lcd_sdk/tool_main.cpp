@@ -30,7 +30,7 @@ constexpr int kWrongOptions = 2;
 
 constexpr wchar_t kLibraryFile[] = L"LogitechLcd.dll";
 
-// A press must be seen once. The pause behind it covers the ten passes of a page slide and some at rest.
+// A press must be seen once. The pause after it covers the ten passes of a page slide and some at rest.
 constexpr std::uint32_t kPressPasses = 2;
 constexpr std::uint32_t kPausePasses = 14;
 // Far more than a press and its pause take, so that only a program that stands still is given up.

@@ -24,7 +24,7 @@ struct ToolOptions {
     std::vector<std::uint32_t> presses;
 };
 
-/// Reads the arguments behind the program's name. Throws std::invalid_argument, with a text for the user,
+/// Reads the arguments after the program's name. Throws std::invalid_argument, with a text for the user,
 /// when they make no sense.
 ToolOptions parseToolOptions(const std::vector<std::wstring>& arguments);
 

@@ -36,7 +36,7 @@ struct LcdCallEntry {
 
 enum class KeyboardState : std::uint32_t {
     Waiting,  ///< No program has started the library yet.
-    Running,  ///< LogiLcdInit answered true and LogiLcdShutdown has not been called since.
+    Running,  ///< LogiLcdInit returned true and LogiLcdShutdown has not been called since.
     Ended,    ///< LogiLcdShutdown was called.
 };
 
@@ -79,7 +79,7 @@ public:
     // The library's side.
 
     void recordCall(LcdCall call, std::uint32_t argument) noexcept;
-    /// Keeps what LogiLcdInit was given (null reads as empty), and whether it answered true. The script
+    /// Keeps what LogiLcdInit was given (null reads as empty), and whether it returned true. The script
     /// starts.
     void recordInit(const wchar_t* name, int type, bool accepted) noexcept;
     /// Keeps the frame until endPass() shows it; a second one in the same pass replaces the first.
@@ -126,10 +126,10 @@ public:
     /// True when every queued step has had all of its passes.
     bool scriptDone() const noexcept;
 
-    /// Makes LogiLcdInit answer false. Off at first.
+    /// Makes LogiLcdInit return false. Off at first.
     void setRefuseInit(bool refuse) noexcept;
     bool refusesInit() const noexcept;
-    /// What LogiLcdIsConnected answers. True at first.
+    /// What LogiLcdIsConnected returns. True at first.
     void setConnected(bool connected) noexcept;
     bool isConnected() const noexcept;
 

@@ -60,7 +60,7 @@ public:
     void setFigures(std::size_t gpu, const NvidiaFigures& figures) noexcept;
     /// The driver does not know the function's id. Read when a program asks for the function.
     void setMissing(NvapiCall call, bool missing) noexcept;
-    /// What the call answers; it hands nothing out unless that is 0.
+    /// What the call returns; it hands nothing out unless that is 0.
     void setStatus(NvapiCall call, std::int32_t status) noexcept;
     /// Calls that fail hand out what they would if they had succeeded.
     void setWritesBeforeItFails(bool writes) noexcept;

@@ -26,7 +26,7 @@ public:
     void setConnected(std::size_t user, bool connected) noexcept;
     /// XInput's BATTERY_TYPE_... and BATTERY_LEVEL_..., or anything else.
     void setBattery(std::size_t user, std::uint8_t type, std::uint8_t level) noexcept;
-    /// What XInputGetBatteryInformation answers for a connected gamepad; it hands nothing out unless that is
+    /// What XInputGetBatteryInformation returns for a connected gamepad; it hands nothing out unless that is
     /// 0.
     void setBatteryResult(std::uint32_t result) noexcept;
 

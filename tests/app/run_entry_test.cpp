@@ -6,7 +6,7 @@
 
 namespace {
 
-TEST(RunEntry, QuotesThePathAndPutsTheNumberDirectlyBehindTheOption) {
+TEST(RunEntry, QuotesThePathAndPutsTheNumberDirectlyAfterTheOption) {
     EXPECT_EQ(runEntryText("C:\\Program Files\\Kelvaro\\Kelvaro.exe", 15),
               "\"C:\\Program Files\\Kelvaro\\Kelvaro.exe\" -delay15");
     EXPECT_EQ(runEntryText("C:\\Kelvaro.exe", std::numeric_limits<std::uint32_t>::max()),
@@ -17,7 +17,7 @@ TEST(RunEntry, WithoutADelayHasNoOption) {
     EXPECT_EQ(runEntryText("C:\\Kelvaro.exe", 0), "\"C:\\Kelvaro.exe\"");
 }
 
-TEST(RunEntry, ItsDelayIsTheDigitsDirectlyBehindTheFirstOption) {
+TEST(RunEntry, ItsDelayIsTheDigitsDirectlyAfterTheFirstOption) {
     struct Case {
         const char* name;
         const char* text;
@@ -27,11 +27,11 @@ TEST(RunEntry, ItsDelayIsTheDigitsDirectlyBehindTheFirstOption) {
              Case{"as written", "\"C:\\Kelvaro.exe\" -delay15", 15},
              Case{"no option", "\"C:\\Kelvaro.exe\"", 0},
              Case{"an empty entry", "", 0},
-             Case{"nothing behind the option", "\"C:\\Kelvaro.exe\" -delay", 0},
+             Case{"nothing after the option", "\"C:\\Kelvaro.exe\" -delay", 0},
              Case{"a blank before the number", "\"C:\\Kelvaro.exe\" -delay 15", 0},
-             Case{"a blank behind the number", "\"C:\\Kelvaro.exe\" -delay15 ", 0},
+             Case{"a blank after the number", "\"C:\\Kelvaro.exe\" -delay15 ", 0},
              Case{"a sign", "\"C:\\Kelvaro.exe\" -delay-15", 0},
-             Case{"letters behind the digits", "\"C:\\Kelvaro.exe\" -delay15s", 0},
+             Case{"letters after the digits", "\"C:\\Kelvaro.exe\" -delay15s", 0},
              Case{"the option within the path", "\"C:\\my-delay5\\Kelvaro.exe\" -delay15", 0},
              Case{"another case", "\"C:\\Kelvaro.exe\" -Delay15", 0},
              Case{"leading zeros", "-delay0000000000000000000007", 7},

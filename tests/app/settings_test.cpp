@@ -113,7 +113,7 @@ protected:
                                 const wchar_t* key,
                                 const wchar_t* name,
                                 const std::wstring& text) {
-        // The system adds a terminator that it finds directly behind the text.
+        // The system adds a terminator that it finds directly after the text.
         const std::wstring longer = text + L'!';
         RegistryOverride::setValue(
             root, key, name, REG_SZ, longer.data(), static_cast<DWORD>(text.size() * sizeof(wchar_t)));
@@ -183,7 +183,7 @@ TEST(SettingsWithoutRunKey, CanNeitherBeReadNorWritten) {
     EXPECT_FALSE(WriteSettings(true, 5));
 }
 
-TEST_F(Settings, WriteTheQuotedPathAndTheDelayDirectlyBehindItsOption) {
+TEST_F(Settings, WriteTheQuotedPathAndTheDelayDirectlyAfterItsOption) {
     install();
     EXPECT_TRUE(WriteSettings(true, 15));
     EXPECT_EQ(runValue(), L"\"" + folder_.executable() + L"\" -delay15");

@@ -13,15 +13,15 @@ struct Case {
     std::optional<std::uint32_t> delayMs;
 };
 
-TEST(StartDelay, IsTheNumberBehindTheFirstDelayOption) {
+TEST(StartDelay, IsTheNumberAfterTheFirstDelayOption) {
     const Case cases[] = {
         {"no option", L"\"C:\\Kelvaro.exe\"", std::nullopt},
         {"an empty line", L"", std::nullopt},
         {"a blank before the number", L"Kelvaro.exe -delay 20", 20'000},
-        {"the number directly behind", L"Kelvaro.exe -delay20", 20'000},
+        {"the number directly after", L"Kelvaro.exe -delay20", 20'000},
         {"several blanks and a sign", L"Kelvaro.exe -delay   +3", 3000},
         {"nothing to wait", L"Kelvaro.exe -delay 0", 0},
-        {"letters behind the digits", L"Kelvaro.exe -delay 7s", 7000},
+        {"letters after the digits", L"Kelvaro.exe -delay 7s", 7000},
         {"only the first option counts", L"Kelvaro.exe -delay 1 -delay 2", 1000},
         {"further options are left alone", L"Kelvaro.exe -delay 4 -other", 4000},
         {"within the program's path", L"\"C:\\my-delay5\\Kelvaro.exe\"", 5000},

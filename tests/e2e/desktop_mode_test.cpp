@@ -227,7 +227,7 @@ TEST_F(KelvaroOnTheDesktop, ShowsTheMainPageInItsWindow) {
         const ScreenPicture picture = captureClient(window);
         std::uint64_t sum = 0;
         for (int x = left; x < right && x < picture.width; ++x) {
-            sum += picture.pixels[static_cast<std::size_t>(150 * picture.width + x)] & 0xFFU;
+            sum += picture.pixels[static_cast<std::size_t>(165 * picture.width + x)] & 0xFFU;
         }
         return sum / static_cast<std::uint64_t>(right - left);
     };

@@ -78,7 +78,7 @@ constexpr Step kWalk[] = {
 
 class Navigation : public KelvaroOnTheKeyboard {
 protected:
-    /// The frame of the first pass in which `button` was down, at or behind the frame `from`.
+    /// The frame of the first pass in which `button` was down, at or after the frame `from`.
     std::uint64_t firstFrameWith(int button, std::uint64_t from) const {
         while (from <= keyboard.frameCount()) {
             const auto frame = keyboard.frame(from);
@@ -145,7 +145,7 @@ TEST_F(Navigation, EveryEdgeOfTheGraphSlidesInItsDirectionToItsPage) {
     EXPECT_NE(audioDevices->checksum, options->checksum);
 }
 
-TEST_F(Navigation, ExitAppletEndsTheProgramWithCodeZeroBehindOneLastPass) {
+TEST_F(Navigation, ExitAppletEndsTheProgramWithCodeZeroAfterOneLastPass) {
     const ChildProcess kelvaro(kKelvaroProgram);
     ASSERT_TRUE(waitForPasses(3));
     press(LcdSdk::kButtonMenu);

@@ -8,7 +8,7 @@
 
 namespace {
 
-TEST(FigureTexts, MailCountIsTheDecimalCountBehindAnX) {
+TEST(FigureTexts, MailCountIsTheDecimalCountAfterAnX) {
     EXPECT_EQ(mailCountText(1), L"x1");
     EXPECT_EQ(mailCountText(3), L"x3");
     EXPECT_EQ(mailCountText(128), L"x128");

@@ -37,7 +37,7 @@ protected:
     /// Compares what draw() gave last.
     void compare(const PagePixels& shown, const std::string& state);
 
-    /// Draws `other` until the clock's text is the same before and behind, and puts that into `expected`.
+    /// Draws `other` until the clock's text is the same before and after, and puts that into `expected`.
     void drawWithinOneSecond(MainPage& other);
 
     /// Paints over the page's picture, so that a drawing shows itself.

@@ -170,7 +170,7 @@ TEST_F(OptionsPageOnKeyboard, ExitAppletEndsTheLoop) {
     app.Run();
     const std::optional<Standins::G19Frame> pressed = keyboard.frame(keyboard.frameCount() - 1);
     ASSERT_TRUE(pressed);
-    EXPECT_EQ(pressed->buttons, LcdSdk::kButtonOk) << "the pass behind the press is the last";
+    EXPECT_EQ(pressed->buttons, LcdSdk::kButtonOk) << "the pass after the press is the last";
     EXPECT_LT(passes, 10U);
 }
 

@@ -7,7 +7,7 @@
 #include "standins/lcd_sdk/virtual_g19.h"
 
 /// The side from which a page of one colour slid in over one without that colour at its corners, as the
-/// virtual keyboard's frames behind the first `skip` ones show it. Nothing when no frame shows a slide, or
+/// virtual keyboard's frames after the first `skip` ones show it. Nothing when no frame shows a slide, or
 /// when frames disagree.
 std::optional<Panelix::TransitionKind> slideDirection(const Standins::VirtualG19& keyboard,
                                                       std::uint32_t newPageArgb,

@@ -68,7 +68,7 @@ TEST_P(CoreTempMemory, EndOfCoreTempGivesNothing) {
 TEST_P(CoreTempMemory, NameWithoutTerminatorEndsWithItsField) {
     PublishedCoreTemp published(GetParam());
     Standins::CoreTempFigures figures = usualCoreTempFigures();
-    figures.fahrenheit = true;  // The byte behind the name is not zero then.
+    figures.fahrenheit = true;  // The byte after the name is not zero then.
     published.setFigures(figures);
     published.setName(std::string(100, 'n'));
     EXPECT_EQ(readCoreTemp(kNoLibrary)->name, std::wstring(100, L'n'));

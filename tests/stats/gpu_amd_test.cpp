@@ -79,7 +79,7 @@ TEST_F(GpuAmdDriver, EveryFigureIsRead) {
 TEST_F(GpuAmdDriver, SuccessWithoutAnyAdapterInfoGivesNoName) {
     GpuAmd gpu;
     ASSERT_TRUE(gpu.initialise());
-    // The driver has nothing to allocate then and answers a null array.
+    // The driver has nothing to allocate then and returns a null array.
     driver_.setAdapterCount(0);
     EXPECT_EQ(gpu.name(), L"AMD card name failed");
 }

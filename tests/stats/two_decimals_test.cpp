@@ -21,7 +21,7 @@ TEST(TwoDecimals, AreCutFromANumberRoundedToSix) {
     EXPECT_EQ(twoDecimals(0.999999), L"0.99");
 }
 
-TEST(TwoDecimals, StandBehindTheLongestNumber) {
+TEST(TwoDecimals, StandAfterTheLongestNumber) {
     const std::wstring text = twoDecimals(-Limits::max());
     EXPECT_EQ(text.size(), 1U + 309U + 3U);
     EXPECT_EQ(text.substr(0, 8), L"-1797693");

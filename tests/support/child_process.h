@@ -11,7 +11,7 @@
 /// A program that a test started. It is ended by force when the test is over before it.
 class ChildProcess {
 public:
-    /// Starts `path` with `arguments` behind it on the command line. Fails the test when that does not work.
+    /// Starts `path` with `arguments` after it on the command line. Fails the test when that does not work.
     /// `standardError`, unless null, is an inheritable handle that the program gets as its standard error.
     explicit ChildProcess(const std::wstring& path,
                           const std::wstring& arguments = {},

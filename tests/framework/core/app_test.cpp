@@ -131,7 +131,7 @@ TEST_F(AppWithKeyboard, TicksEveryPageAndDrawsTheActiveOneInListOrder) {
                             "main.Update active"));
 }
 
-TEST_F(AppWithKeyboard, AnUpdateThatAnswersFalseEndsTheProgramBehindThePass) {
+TEST_F(AppWithKeyboard, AnUpdateThatReturnsFalseEndsTheProgramAfterThePass) {
     run(3);
     EXPECT_EQ(keyboard.frameCount(), 3U);
     EXPECT_EQ(keyboard.callCount(LcdCall::Update), 3U);
@@ -321,7 +321,7 @@ TEST_F(AppWithKeyboard, OfTwoPagesOfOneNameTheFirstInTheListIsFound) {
     EXPECT_EQ(app->FindPage(L"other"), front);
 }
 
-TEST_F(AppWithKeyboard, PagesBehindTheOneThatSwitchedSeeNoPressAndTheNewState) {
+TEST_F(AppWithKeyboard, PagesAfterTheOneThatSwitchedSeeNoPressAndTheNewState) {
     std::vector<bool> pressSeen;
     onPass = [this](int number, const LcdButtons& buttons) {
         if (buttons.isPressed(LcdButton::Menu)) {
@@ -671,7 +671,7 @@ TEST_F(AppWithoutKeyboard, HasAHiddenWindowInstead) {
     EXPECT_EQ(IsWindowVisible(app.window()), FALSE);
 }
 
-TEST_F(AppWithoutKeyboard, EndsBehindThePassThatSeesTheQuitMessage) {
+TEST_F(AppWithoutKeyboard, EndsAfterThePassThatSeesTheQuitMessage) {
     auto page = std::make_unique<ProbePage>("main", &app, &log);
     int drawn = 0;
     page->onDraw = [&drawn](const LcdButtons& buttons) {

@@ -391,7 +391,7 @@ TEST(LcdLibrary, BeforeItIsLoadedNoButtonIsPressedAndEveryCallDoesNothing) {
 /// A library that lacks one export, with all that the program does to it.
 class LcdLibraryWithout : public testing::Test {
 protected:
-    /// Answers what Init answered.
+    /// Returns what Init returned.
     bool useWithout(const std::string& exportName) {
         registerLcdLibrary(Standins::vendorLibraryPath(Standins::VendorLibrary::LcdSdk,
                                                        std::string("without_") + exportName));

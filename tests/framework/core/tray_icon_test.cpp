@@ -63,7 +63,7 @@ TEST(TrayIcon, TipIsCutTo127Characters) {
     for (const std::size_t length : {std::size_t{0}, std::size_t{127}, std::size_t{128}, std::size_t{500}}) {
         const NOTIFYICONDATAW record = Panelix::trayRecord(952, nullptr, std::wstring(length, L'x'));
         EXPECT_EQ(std::wstring(record.szTip).size(), std::min(length, std::size_t{127}));
-        EXPECT_EQ(record.dwState, 0U) << "nothing is written behind the tip";
+        EXPECT_EQ(record.dwState, 0U) << "nothing is written after the tip";
     }
 }
 
