@@ -34,7 +34,8 @@ public:
 /// What happened to the pages of a test, in order: "main.Init", "other.Update active" and so on.
 using CallLog = std::vector<std::string>;
 
-/// A page of one colour that notes its calls and does what a test asks of it.
+/// A page of one colour, painted when it is first initialised, that notes its calls and does what a test asks
+/// of it.
 class ProbePage : public Panelix::Page {
 public:
     ProbePage(std::string label,
@@ -57,7 +58,10 @@ public:
         if (onInit) {
             onInit();
         }
-        paint(color_);
+        if (!initialised_) {
+            paint(color_);
+        }
+        initialised_ = true;
     }
     void OnActivate() override { note("OnActivate"); }
     void OnDeactivate() override { note("OnDeactivate"); }
@@ -87,4 +91,5 @@ private:
     std::string label_;
     CallLog* log_;
     Gdiplus::Color color_;
+    bool initialised_ = false;
 };
