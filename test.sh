@@ -239,7 +239,8 @@ if buildPart host host; then
 fi
 if buildPart wine release; then
     openWineSession
-    runTests wine release -j2
+    # Twice as many as there are processors: most of these tests wait for a window, a frame or a period.
+    runTests wine release -j"$((2 * $(nproc)))"
 fi
 if ((all)) && [[ -z "$filter" ]]; then
     for check in "${slowChecks[@]}"; do

@@ -46,7 +46,7 @@ using Panelix::LcdFrame;
 using Panelix::TransitionKind;
 namespace LcdSdk = Panelix::LcdSdk;
 
-constexpr unsigned kUsualPasses = 3'000;
+constexpr unsigned kUsualPasses = 2'000;
 /// Where ./test.sh was told to run the long forms of tests.
 constexpr unsigned kLongFormPasses = 20'000;
 
