@@ -52,6 +52,38 @@ if(KELVARO_SANITIZE)
     target_link_options(kelvaro_options INTERFACE ${sanitize})
 endif()
 
+# What is shipped has symbols, in files of their own: function names and lines. No folder of the machine that built it
+# stands in them, under whichever name the compiler was given it: ccache makes paths relative to the build folder.
+file(RELATIVE_PATH source_from_build ${PROJECT_BINARY_DIR} ${PROJECT_SOURCE_DIR})
+string(REGEX REPLACE "/$" "" source_from_build "${source_from_build}")
+set(symbols -g1 -ffile-prefix-map=${PROJECT_SOURCE_DIR}=/kelvaro -ffile-prefix-map=${source_from_build}=/kelvaro)
+add_library(kelvaro_symbols INTERFACE)
+target_compile_options(kelvaro_symbols INTERFACE "$<$<AND:$<CONFIG:Release>,$<COMPILE_LANGUAGE:CXX>>:${symbols}>")
+
+# kelvaro_program(TARGET): a program that is shipped. It is put into the output folder and has no time in it: the same
+# sources make the same bytes. A release has its symbols in symbols/NAME.debug, which the program names, and not in it.
+# The global property KELVARO_PROGRAMS lists them.
+function(kelvaro_program target)
+    set_property(GLOBAL APPEND PROPERTY KELVARO_PROGRAMS ${target})
+    target_link_libraries(${target} PRIVATE kelvaro_symbols)
+    target_link_options(${target} PRIVATE -Wl,--no-insert-timestamp)
+    set_target_properties(${target} PROPERTIES RUNTIME_OUTPUT_DIRECTORY ${KELVARO_OUTPUT_DIR})
+    if(NOT CMAKE_BUILD_TYPE STREQUAL "Release")
+        return()
+    endif()
+    # Without this, objcopy puts the present time into what it writes.
+    set(objcopy ${CMAKE_COMMAND} -E env SOURCE_DATE_EPOCH=0 ${CMAKE_OBJCOPY})
+    set(debug_file ${KELVARO_OUTPUT_DIR}/symbols/$<TARGET_FILE_NAME:${target}>.debug)
+    add_custom_command(
+        TARGET ${target}
+        POST_BUILD
+        COMMAND ${CMAKE_COMMAND} -E make_directory ${KELVARO_OUTPUT_DIR}/symbols
+        COMMAND ${objcopy} --only-keep-debug $<TARGET_FILE:${target}> ${debug_file}
+        COMMAND ${objcopy} --strip-all --add-gnu-debuglink=${debug_file} $<TARGET_FILE:${target}>
+        VERBATIM
+    )
+endfunction()
+
 # kelvaro_layer(NAME PORTABLE files... WINDOWS files... LINK targets...)
 # One static library per layer. A host build takes the portable units only: those that compute without
 # Windows and are therefore tested natively under the sanitizers as well.
@@ -67,7 +99,7 @@ function(kelvaro_layer name)
         return()
     endif()
     add_library(${name} STATIC ${sources})
-    target_link_libraries(${name} PUBLIC kelvaro_options ${arg_LINK})
+    target_link_libraries(${name} PUBLIC kelvaro_options ${arg_LINK} PRIVATE kelvaro_symbols)
     if(WIN32)
         target_link_libraries(${name} PUBLIC ${arg_WINDOWS_LINK})
     endif()
