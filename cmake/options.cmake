@@ -156,6 +156,8 @@ function(kelvaro_tests name)
     )
     list(TRANSFORM arg_ONE_PROCESS APPEND ".*")
     list(JOIN arg_ONE_PROCESS ":" together)
+    string(JOIN "|" line "$<PATH:RELATIVE_PATH,$<TARGET_FILE:${name}>,${CMAKE_BINARY_DIR}>" "${together}" ${properties})
+    set_property(GLOBAL APPEND_STRING PROPERTY kelvaro_test_programs "${line}\n")
     if(together)
         add_test(
             NAME ${name}
@@ -169,4 +171,11 @@ function(kelvaro_tests name)
     if(WIN32)
         gtest_discover_tests(${name} TEST_FILTER "-${together}" ${discovery} PROPERTIES ${properties})
     endif()
+endfunction()
+
+# What all test programs are, for who runs them without CTest, as on a machine without the sources. One line for each:
+# its path from this file on, the filter of its suites of ONE_PROCESS, and the names and values of its properties.
+function(kelvaro_list_test_programs)
+    get_property(lines GLOBAL PROPERTY kelvaro_test_programs)
+    file(GENERATE OUTPUT ${CMAKE_BINARY_DIR}/test_programs.txt CONTENT "${lines}")
 endfunction()

@@ -1,6 +1,6 @@
 #include "standins/vendor_libraries.h"
 
-#include <filesystem>
+#include "standins/built_files.h"
 
 namespace Standins {
 
@@ -24,25 +24,23 @@ Place placeOf(VendorLibrary library) {
         case VendorLibrary::CoreTemp:
             return {"core_temp", "GetCoreTempInfo.dll"};
         case VendorLibrary::Xinput:
+            return {"xinput", "XINPUT1_4.dll"};
+        case VendorLibrary::Gdiplus:
             break;
     }
-    return {"xinput", "XINPUT1_4.dll"};
+    return {"gdiplus", "gdiplus.dll"};
 }
 
 }  // namespace
 
 std::wstring vendorLibraryPath(VendorLibrary library) {
     const Place place = placeOf(library);
-    return (std::filesystem::path(KELVARO_STANDINS_FOLDER) / place.folder / place.file)
-        .make_preferred()
-        .wstring();
+    return (outputFolder() / "standins" / place.folder / place.file).wstring();
 }
 
 std::wstring vendorLibraryPath(VendorLibrary library, const std::string& variant) {
     const Place place = placeOf(library);
-    return (std::filesystem::path(KELVARO_STANDIN_VARIANTS_FOLDER) / place.folder / variant / place.file)
-        .make_preferred()
-        .wstring();
+    return (buildFolder() / "standins" / "variants" / place.folder / variant / place.file).wstring();
 }
 
 }  // namespace Standins

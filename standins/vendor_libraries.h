@@ -12,10 +12,12 @@ enum class VendorLibrary {
     Adl,
     CoreTemp,
     Xinput,
+    Gdiplus,
 };
 
 /// Full path of the stand-in, which bears the vendor's file name, in the form that LoadLibraryW and the
-/// registry take. Core Audio is a part of the system: its file name is our own.
+/// registry take. Core Audio is a part of the system: its file name is our own. Throws like
+/// buildFolder().
 std::wstring vendorLibraryPath(VendorLibrary library);
 
 /// The same for one of the variants that are built for tests, by its folder's name. They stand in the

@@ -92,7 +92,7 @@ class KelvaroOnTheDesktop : public testing::Test {
 protected:
     /// Starts the program and waits for its window.
     void start() {
-        kelvaro = std::make_unique<ChildProcess>(kKelvaroProgram);
+        kelvaro = std::make_unique<ChildProcess>(kelvaroProgram());
         window = waitForPreview(*kelvaro);
         ASSERT_NE(window, nullptr);
     }

@@ -149,7 +149,7 @@ TEST_F(KelvaroOnTheDesktop, StartsHiddenAtTheBottomRightOfTheWorkAreaWithATrayIc
 TEST_F(KelvaroOnTheDesktop, IsWhatEveryFailureOfTheLcdLibraryLeadsTo) {
     for (const std::wstring& library :
          {std::wstring(L"C:\\missing\\LogitechLcd.dll"),
-          std::wstring(kKelvaroProgram),
+          kelvaroProgram(),
           Standins::vendorLibraryPath(Standins::VendorLibrary::LcdSdk, "without_LogiLcdInit")}) {
         const LcdRegistrationScope registration(library);
         start();

@@ -15,7 +15,7 @@ class EquippedKelvaro : public KelvaroOnTheKeyboard {
 protected:
     void start() { kelvaro.emplace(machine.program()); }
 
-    EquippedMachine machine{kKelvaroProgram};
+    EquippedMachine machine{kelvaroProgram()};
     Standins::VirtualCoreTemp coreTemp;
     Standins::VirtualNvidia nvidia;
     Standins::VirtualGamepads gamepads;

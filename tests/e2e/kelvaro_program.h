@@ -1,4 +1,10 @@
 #pragma once
 
+#include <string>
+
+#include "standins/built_files.h"
+
 /// Full path of the program under test.
-inline constexpr wchar_t kKelvaroProgram[] = L"" KELVARO_PROGRAM;
+inline std::wstring kelvaroProgram() {
+    return (Standins::outputFolder() / L"Kelvaro.exe").wstring();
+}

@@ -30,7 +30,7 @@ using Standins::waitUntil;
 namespace LcdSdk = Panelix::LcdSdk;
 
 TEST_F(KelvaroOnTheKeyboard, AnnouncesItselfShowsFramesAndEndsThroughItsOptionsPageWithCodeZero) {
-    const ChildProcess kelvaro(kKelvaroProgram);
+    const ChildProcess kelvaro(kelvaroProgram());
     ASSERT_TRUE(waitForPasses(5));
     EXPECT_EQ(keyboard.initRecord().name, L"Kelvaro");
     EXPECT_EQ(keyboard.initRecord().type, LcdSdk::kTypeColor);
@@ -49,7 +49,7 @@ TEST_F(KelvaroOnTheKeyboard, AnnouncesItselfShowsFramesAndEndsThroughItsOptionsP
 TEST_F(KelvaroOnTheKeyboard, FindsALibraryThatIsRegisteredByItsNameBesideItself) {
     const TemporaryFolder folder;
     const std::wstring program = folder.path() + L"\\Kelvaro.exe";
-    ASSERT_NE(CopyFileW(kKelvaroProgram, program.c_str(), TRUE), FALSE);
+    ASSERT_NE(CopyFileW(kelvaroProgram().c_str(), program.c_str(), TRUE), FALSE);
     ASSERT_NE(CopyFileW(Standins::vendorLibraryPath(Standins::VendorLibrary::LcdSdk).c_str(),
                         (folder.path() + L"\\beside_lcd.dll").c_str(),
                         TRUE),
@@ -62,7 +62,7 @@ TEST_F(KelvaroOnTheKeyboard, FindsALibraryThatIsRegisteredByItsNameBesideItself)
 }
 
 TEST_F(KelvaroOnTheKeyboard, EveryPassPollsTheSevenButtonsThenShowsOneFrame) {
-    const ChildProcess kelvaro(kKelvaroProgram);
+    const ChildProcess kelvaro(kelvaroProgram());
     ASSERT_TRUE(waitForPasses(20));
     const auto calls = keyboard.calls();
     // From the first whole pass on: seven polls, a frame, an update.
@@ -82,7 +82,7 @@ TEST_F(KelvaroOnTheKeyboard, EveryPassPollsTheSevenButtonsThenShowsOneFrame) {
 }
 
 TEST_F(KelvaroOnTheKeyboard, FramesComeEvery66MillisecondsAtRest) {
-    const ChildProcess kelvaro(kKelvaroProgram);
+    const ChildProcess kelvaro(kelvaroProgram());
     ASSERT_TRUE(waitForPasses(45));
     std::vector<double> gapsMs;
     for (std::uint64_t i = 11; i <= 40; ++i) {
@@ -111,7 +111,7 @@ bool differ(const G19Frame& a, const G19Frame& b, RECT area) {
 }
 
 TEST_F(KelvaroOnTheKeyboard, TheClockMovesOn) {
-    const ChildProcess kelvaro(kKelvaroProgram);
+    const ChildProcess kelvaro(kelvaroProgram());
     ASSERT_TRUE(waitForPasses(3));
     const auto first = keyboard.lastFrame();
     ASSERT_TRUE(first);
@@ -136,7 +136,7 @@ int leftmostSample(const G19Frame& frame) {
 
 TEST_F(KelvaroOnTheKeyboard, TheCpuGraphGrowsToTheLeftWhileTheMachineIsBusy) {
     const BusyProcessors busy;
-    const ChildProcess kelvaro(kKelvaroProgram);
+    const ChildProcess kelvaro(kelvaroProgram());
     ASSERT_TRUE(waitForPasses(3));
     int reached = leftmostSample(*keyboard.lastFrame());
     for (int sample = 0; sample < 5; ++sample) {
@@ -148,7 +148,7 @@ TEST_F(KelvaroOnTheKeyboard, TheCpuGraphGrowsToTheLeftWhileTheMachineIsBusy) {
 }
 
 TEST_F(KelvaroOnTheKeyboard, OkShowsThePictureAndOkAgainThePage) {
-    const ChildProcess kelvaro(kKelvaroProgram);
+    const ChildProcess kelvaro(kelvaroProgram());
     ASSERT_TRUE(waitForPasses(3));
     const auto page = keyboard.lastFrame();
     press(LcdSdk::kButtonOk);
@@ -190,7 +190,7 @@ std::wstring dateAndHour(const std::tm& time) {
 TEST_F(KelvaroOnTheKeyboard, DownSavesOneScreenshotInTheDocumentsFolderNamedByTheLocalTime) {
     const auto before = screenshots();
     const std::wstring earliest = dateAndHour(systemLocalTime());
-    const ChildProcess kelvaro(kKelvaroProgram);
+    const ChildProcess kelvaro(kelvaroProgram());
     ASSERT_TRUE(waitForPasses(3));
     press(LcdSdk::kButtonDown);
     auto files = screenshots();
@@ -210,7 +210,7 @@ TEST_F(KelvaroOnTheKeyboard, DownSavesOneScreenshotInTheDocumentsFolderNamedByTh
 }
 
 TEST_F(KelvaroOnTheKeyboard, AboutHasNoOwnerAndNoFrameComesUntilItIsClosed) {
-    const ChildProcess kelvaro(kKelvaroProgram);
+    const ChildProcess kelvaro(kelvaroProgram());
     ASSERT_TRUE(waitForPasses(3));
     press(LcdSdk::kButtonMenu);
     press(LcdSdk::kButtonRight);
@@ -229,9 +229,9 @@ TEST_F(KelvaroOnTheKeyboard, AboutHasNoOwnerAndNoFrameComesUntilItIsClosed) {
 }
 
 TEST_F(KelvaroOnTheKeyboard, ASecondStartIsRefusedAndLeavesTheFirstAlone) {
-    const ChildProcess first(kKelvaroProgram);
+    const ChildProcess first(kelvaroProgram());
     ASSERT_TRUE(waitForPasses(3));
-    const ChildProcess second(kKelvaroProgram);
+    const ChildProcess second(kelvaroProgram());
     const MessageBoxFacts box = waitForMessageBox(second.id());
     ASSERT_NE(box.window, nullptr);
     EXPECT_EQ(box.caption, L"Kelvaro Error");
@@ -245,7 +245,7 @@ TEST_F(KelvaroOnTheKeyboard, ASecondStartIsRefusedAndLeavesTheFirstAlone) {
 
 TEST_F(KelvaroOnTheKeyboard, TheStartDelayHoldsBackEverything) {
     const auto start = std::chrono::steady_clock::now();
-    const ChildProcess kelvaro(kKelvaroProgram, L"-delay1");
+    const ChildProcess kelvaro(kelvaroProgram(), L"-delay1");
     ASSERT_TRUE(waitForPasses(1));
     EXPECT_GE(std::chrono::steady_clock::now() - start, 1s);
 }

@@ -6,6 +6,7 @@
 #include <string>
 #include <vector>
 
+#include "standins/vendor_libraries.h"
 #include "standins/wait_until.h"
 #include "tests/e2e/equipped_kelvaro.h"
 #include "tests/support/desktop_driver.h"
@@ -17,11 +18,10 @@ using Standins::AudioObject;
 using Standins::CallbackEvent;
 using Standins::LcdCall;
 using Standins::NvapiCall;
+using Standins::VendorLibrary;
+using Standins::vendorLibraryPath;
 using Standins::waitUntil;
 using testing::ElementsAre;
-
-constexpr wchar_t kGdiplusStandin[] = L"" KELVARO_GDIPLUS_STANDIN;
-constexpr wchar_t kGdiplusWithoutFrames[] = L"" KELVARO_GDIPLUS_WITHOUT_FRAMES;
 
 struct Event {
     std::uint64_t timeUs;
@@ -81,9 +81,9 @@ protected:
     }
 
     /// Puts another GDI+ beside the program.
-    void useGdiplus(const wchar_t* library) const {
+    void useGdiplus(const std::wstring& library) const {
         const std::wstring folder = machine.program().substr(0, machine.program().rfind(L'\\'));
-        ASSERT_NE(CopyFileW(library, (folder + L"\\gdiplus.dll").c_str(), FALSE), FALSE);
+        ASSERT_NE(CopyFileW(library.c_str(), (folder + L"\\gdiplus.dll").c_str(), FALSE), FALSE);
     }
 
     /// Reads the error box of the program, checks that it still counts as running, answers the box and checks
@@ -145,7 +145,7 @@ TEST_F(Lifecycle, WithoutASoundSystemTheErrorIsShownAndTheLcdIsEnded) {
 }
 
 TEST_F(Lifecycle, WhenGdiPlusDoesNotStartTheErrorIsShownAndEverythingIsGivenBack) {
-    useGdiplus(kGdiplusStandin);
+    useGdiplus(vendorLibraryPath(VendorLibrary::Gdiplus));
     start();
     expectErrorBox(L"Kelvaro - Drawing Error",
                    L"Failed to load bitmap: GdiplusNotInitialized: Indicates that the GDI+ API is not in an "
@@ -167,7 +167,7 @@ TEST_F(Lifecycle, WhenGdiPlusDoesNotStartTheErrorIsShownAndEverythingIsGivenBack
 }
 
 TEST_F(Lifecycle, AnErrorOutOfTheLoopIsShownBeforeAnythingEndsAndThenEverythingIsGivenBack) {
-    useGdiplus(kGdiplusWithoutFrames);
+    useGdiplus(vendorLibraryPath(VendorLibrary::Gdiplus, "without_frames"));
     start();
     ASSERT_NE(waitForMessageBox(kelvaro->id()).window, nullptr);
     const std::vector<std::string> beforeTheBoxIsClosed = milestones();

@@ -112,7 +112,7 @@ protected:
 };
 
 TEST_F(Navigation, EveryEdgeOfTheGraphSlidesInItsDirectionToItsPage) {
-    const ChildProcess kelvaro(kKelvaroProgram);
+    const ChildProcess kelvaro(kelvaroProgram());
     ASSERT_TRUE(waitForPasses(5));
     std::optional<G19Frame> audioDevices;
     std::optional<G19Frame> options;
@@ -146,7 +146,7 @@ TEST_F(Navigation, EveryEdgeOfTheGraphSlidesInItsDirectionToItsPage) {
 }
 
 TEST_F(Navigation, ExitAppletEndsTheProgramWithCodeZeroAfterOneLastPass) {
-    const ChildProcess kelvaro(kKelvaroProgram);
+    const ChildProcess kelvaro(kelvaroProgram());
     ASSERT_TRUE(waitForPasses(3));
     press(LcdSdk::kButtonMenu);
     press(LcdSdk::kButtonRight);

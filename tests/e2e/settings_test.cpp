@@ -24,7 +24,7 @@ protected:
 
     KelvaroSettings() {
         std::array<wchar_t, MAX_PATH> path{};
-        GetFullPathNameW(kKelvaroProgram, static_cast<DWORD>(path.size()), path.data(), nullptr);
+        GetFullPathNameW(kelvaroProgram().c_str(), static_cast<DWORD>(path.size()), path.data(), nullptr);
         executable = path.data();
         folder = executable.substr(0, executable.rfind(L'\\'));
         CleanProgramEntries::setInstallFolder(folder);

@@ -28,7 +28,7 @@ std::chrono::milliseconds timeUntilPreview(const ChildProcess& process,
 
 TEST_F(Start, ASecondOneIsRefusedWithABoxAndCodeOneAndTheFirstGoesOn) {
     start();
-    const ChildProcess second(kKelvaroProgram);
+    const ChildProcess second(kelvaroProgram());
     const MessageBoxFacts box = waitForMessageBox(second.id());
     ASSERT_NE(box.window, nullptr);
     EXPECT_EQ(box.caption, L"Kelvaro Error");
@@ -49,13 +49,13 @@ TEST_F(Start, ASecondOneIsRefusedWithABoxAndCodeOneAndTheFirstGoesOn) {
 }
 
 TEST_F(Start, IsRefusedDuringTheDelayOfAnotherToo) {
-    const ChildProcess first(kKelvaroProgram, L"-delay 60");
+    const ChildProcess first(kelvaroProgram(), L"-delay 60");
     // The first takes the instance before it sleeps; nothing else of it can be seen.
     ASSERT_TRUE(waitFor([] {
         const Panelix::UniqueHandle instance(OpenMutexW(SYNCHRONIZE, FALSE, L"KELVARO_G19"));
         return static_cast<bool>(instance);
     }));
-    const ChildProcess second(kKelvaroProgram);
+    const ChildProcess second(kelvaroProgram());
     const MessageBoxFacts box = waitForMessageBox(second.id());
     ASSERT_NE(box.window, nullptr);
     EXPECT_EQ(box.caption, L"Kelvaro Error");
@@ -79,7 +79,7 @@ TEST_F(Start, GoesOnWithoutProtectionWhenTheMutexCannotBeHad) {
     ASSERT_EQ(CreateMutexW(nullptr, FALSE, L"KELVARO_G19"), nullptr);
     ASSERT_EQ(GetLastError(), DWORD{ERROR_INVALID_HANDLE});
     start();
-    const ChildProcess second(kKelvaroProgram);
+    const ChildProcess second(kelvaroProgram());
     EXPECT_NE(waitForPreview(second), nullptr);
     for (const HWND preview : {window, waitForPreview(second)}) {
         PostMessageW(preview, WM_COMMAND, 0x8003, 0);
@@ -104,7 +104,7 @@ TEST_F(Start, WaitsForItsDelay) {
              Case{L"-Delay 60", 0s, 15s},
          }) {
         const auto begin = std::chrono::steady_clock::now();
-        const ChildProcess process(kKelvaroProgram, c.arguments);
+        const ChildProcess process(kelvaroProgram(), c.arguments);
         const auto time = timeUntilPreview(process, begin);
         EXPECT_GE(time, c.atLeast) << time.count() << " ms";
         EXPECT_LT(time, c.lessThan) << time.count() << " ms";
@@ -116,7 +116,7 @@ TEST_F(Start, ADelayInThePathCountsToo) {
     const std::wstring folder = parent.path() + L"\\my-delay2";
     ASSERT_NE(CreateDirectoryW(folder.c_str(), nullptr), FALSE);
     const std::wstring copy = folder + L"\\Kelvaro.exe";
-    ASSERT_NE(CopyFileW(kKelvaroProgram, copy.c_str(), TRUE), FALSE);
+    ASSERT_NE(CopyFileW(kelvaroProgram().c_str(), copy.c_str(), TRUE), FALSE);
     {
         const auto begin = std::chrono::steady_clock::now();
         const ChildProcess process(copy);
@@ -137,7 +137,7 @@ LastWords lastWords(const std::wstring& arguments) {
     Panelix::UniqueHandle reading;
     Panelix::UniqueHandle writing;
     EXPECT_NE(CreatePipe(reading.put(), writing.put(), &inheritable, 0), FALSE);
-    const ChildProcess process(kKelvaroProgram, arguments, writing.get());
+    const ChildProcess process(kelvaroProgram(), arguments, writing.get());
     LastWords words{{}, process.waitForExit()};
     // The last one to write has gone: reading then ends with the text.
     writing.reset();
