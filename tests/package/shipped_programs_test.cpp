@@ -2,10 +2,13 @@
 
 #include <gtest/gtest.h>
 
+#include <array>
 #include <cstdint>
 #include <string>
 #include <utility>
 #include <vector>
+
+#include "standins/built_files.h"
 
 // What the files that people download say of themselves.
 
@@ -13,14 +16,11 @@ namespace {
 
 constexpr wchar_t kVersion[] = L"" KELVARO_VERSION;
 
-struct Program {
-    std::wstring path;
-    std::wstring name;
-};
+/// Names without the extension.
+constexpr std::array kPrograms{KELVARO_PROGRAMS};
 
-const std::vector<Program>& programs() {
-    static const std::vector<Program> all = {KELVARO_PROGRAMS};
-    return all;
+std::wstring pathOf(const std::wstring& program) {
+    return (Standins::outputFolder() / (program + L".exe")).wstring();
 }
 
 /// The version resource of a file.
@@ -80,23 +80,24 @@ std::string narrow(const std::wstring& ascii) {
 }
 
 TEST(ShippedPrograms, CarryTheVersionInTheirVersionResource) {
-    for (const Program& program : programs()) {
-        SCOPED_TRACE(narrow(program.name));
-        const VersionResource version(program.path);
+    for (const std::wstring program : kPrograms) {
+        SCOPED_TRACE(narrow(program));
+        const VersionResource version(pathOf(program));
         const std::wstring four = std::wstring(kVersion) + L".0";
         EXPECT_EQ(version.numbers(), std::make_pair(four, four));
         EXPECT_EQ(version.text(L"FileVersion"), kVersion);
         EXPECT_EQ(version.text(L"ProductVersion"), kVersion);
-        EXPECT_EQ(version.text(L"OriginalFilename"), program.name + L".exe");
+        EXPECT_EQ(version.text(L"OriginalFilename"), program + L".exe");
     }
 }
 
 TEST(ShippedPrograms, CarryTheVersionInTheirManifest) {
-    for (const Program& program : programs()) {
-        SCOPED_TRACE(narrow(program.name));
-        const std::string identity = "<assemblyIdentity type=\"win32\" name=\"" + narrow(program.name) +
+    for (const std::wstring program : kPrograms) {
+        SCOPED_TRACE(narrow(program));
+        const std::string identity = "<assemblyIdentity type=\"win32\" name=\"" + narrow(program) +
                                      "\" version=\"" + narrow(kVersion) + ".0\"";
-        EXPECT_NE(manifestOf(program.path).find(identity), std::string::npos) << manifestOf(program.path);
+        EXPECT_NE(manifestOf(pathOf(program)).find(identity), std::string::npos)
+            << manifestOf(pathOf(program));
     }
 }
 
