@@ -20,6 +20,16 @@ KELVARO_TEST_PACKAGES=(
     clang-tidy
 )
 
+# What ./package.sh needs besides a build, and what it needs to sign.
+KELVARO_PACKAGE_PACKAGES=(
+    git
+    nsis
+    zip
+)
+KELVARO_SIGN_PACKAGES=(
+    osslsigncode
+)
+
 # Prints those of the given packages that are not installed, on one line.
 missingPackages() {
     local installed package absent=()

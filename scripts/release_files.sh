@@ -1,0 +1,127 @@
+# Sourced after common.sh: makes the release files. The same commit makes the same bytes, on every machine with the
+# same tools: files are taken in the order of their names, with the commit's time and with modes of their own.
+# shellcheck shell=bash disable=SC2034 # version and programs are for the script that sources this
+
+# What is made on the way: files/ is what is installed, symbols/ what is not.
+STAGE="$KELVARO_ROOT/out/build/package"
+
+# readPrograms FILE: what CMake wrote there, as `version` and `programs`.
+readPrograms() {
+    read -ra programs <"$1"
+    version="${programs[0]}"
+    programs=("${programs[@]:1}")
+}
+
+# Sets SOURCE_DATE_EPOCH, unless the caller has: seconds since 1970, the time that all files have.
+setReleaseTime() {
+    export TZ=UTC LC_ALL=C.UTF-8
+    if [[ -z "${SOURCE_DATE_EPOCH:-}" ]]; then
+        SOURCE_DATE_EPOCH="$(git -C "$KELVARO_ROOT" log -1 --format=%ct 2>/dev/null)" ||
+            fail "this is no git checkout: set SOURCE_DATE_EPOCH to the time that the files shall have"
+    fi
+    [[ "$SOURCE_DATE_EPOCH" =~ ^[0-9]+$ ]] || fail "SOURCE_DATE_EPOCH is no number of seconds: '$SOURCE_DATE_EPOCH'"
+    export SOURCE_DATE_EPOCH
+}
+
+giveReleaseTime() {
+    touch -d "@$SOURCE_DATE_EPOCH" "$@"
+}
+
+# stageDocument NAME: NAME.md as a text that Windows opens by a click, without what only a browser shows.
+stageDocument() {
+    local source="$KELVARO_ROOT/$1.md"
+    if [[ -f "$source" ]]; then
+        sed -e '/!\[/d' -e 's/$/\r/' "$source" >"$STAGE/files/$1.txt"
+        chmod 0644 "$STAGE/files/$1.txt"
+    fi
+}
+
+# stageFiles PROGRAM...: what was built, and the documents, in folders that hold nothing else.
+stageFiles() {
+    local program built="$KELVARO_ROOT/out/release"
+    rm -rf "$STAGE"
+    mkdir -p "$STAGE/files" "$STAGE/symbols"
+    for program in "$@"; do
+        install -m 0644 "$built/$program.exe" "$STAGE/files/"
+        install -m 0644 "$built/symbols/$program.exe.debug" "$STAGE/symbols/"
+    done
+    stageDocument README
+    stageDocument CHANGELOG
+}
+
+# makeZip ZIP FOLDER NAME: the files of a folder, in a folder of that name.
+makeZip() {
+    local zip="$1" folder="$2" root="$STAGE/zip"
+    rm -rf "$root" "$zip"
+    mkdir -p "$root"
+    cp -rp "$folder" "$root/$3"
+    (
+        cd "$root" || exit
+        find . -type f -printf '%P\n' | LC_ALL=C sort | tee "$STAGE/zip.list" | xargs -d '\n' touch -d "@$SOURCE_DATE_EPOCH"
+        zip -q -X -9 "$zip" -@ <"$STAGE/zip.list"
+    )
+    rm -rf "$root" "$STAGE/zip.list"
+}
+
+# makeSetup VERSION SETUP: the installer of what is staged.
+makeSetup() {
+    local lists="$STAGE/lists" log="$STAGE/makensis.log" sign=()
+    rm -rf "$lists"
+    mkdir -p "$lists"
+    (cd "$STAGE/files" && printf '%s\n' *) >"$lists/names"
+    sed "s|.*|File \"$STAGE/files/&\"|" "$lists/names" >"$lists/install.nsh"
+    # shellcheck disable=SC2016 # $0 is one of the installer's
+    sed 's|.*|Delete "$0\\&"|' "$lists/names" >"$lists/uninstall.nsh"
+    giveReleaseTime "$STAGE"/files/*
+    if signing; then
+        sign=("-DSIGN=$KELVARO_ROOT/scripts/sign.sh")
+    fi
+    makensis -V2 -WX "-DVERSION=$1" "-DOUTPUT=$2" "-DFILES=$STAGE/files" "-DLISTS=$lists" \
+        "-DICON=$KELVARO_ROOT/artwork/rendered/300_kelvaro.ico" "${sign[@]}" \
+        "-DSIZE_KB=$(installedKilobytes)" "$KELVARO_ROOT/packaging/setup.nsi" >"$log" 2>&1 || {
+        cat "$log" >&2
+        fail "the installer cannot be made"
+    }
+    signFile "$2"
+    giveReleaseTime "$2"
+}
+
+# Without the uninstaller, whose size is not known before it is there: it has some 80 KiB.
+installedKilobytes() {
+    local bytes
+    bytes="$(find "$STAGE/files" -type f -printf '%s\n' | awk '{sum += $1} END {print sum}')"
+    printf '%d' $((bytes / 1024 + 80))
+}
+
+# Whether a certificate was named to sign with.
+signing() {
+    [[ -n "${KELVARO_SIGN_CERTIFICATE:-}" ]]
+}
+
+# Signs the file if there is a certificate.
+signFile() {
+    if signing; then
+        "$KELVARO_ROOT/scripts/sign.sh" "$1"
+    fi
+}
+
+# makeWinget VERSION SETUP FOLDER: the package manager's manifest of the installer.
+makeWinget() {
+    local template sum url="${KELVARO_RELEASE_URL:-https://example.com/kelvaro/releases/$1}"
+    [[ "$url" =~ ^https?://[^[:space:]|\&]+$ ]] || fail "KELVARO_RELEASE_URL is no address: '$url'"
+    sum="$(sha256sum "$2")"
+    sum="${sum%% *}"
+    rm -rf "$3"
+    mkdir -p "$3"
+    for template in "$KELVARO_ROOT"/packaging/winget/*.yaml; do
+        sed -e "s|@VERSION@|$1|" -e "s|@DATE@|$(date -u -d "@$SOURCE_DATE_EPOCH" +%F)|" -e "s|@URL@|${url%/}|" \
+            -e "s|@SHA256@|${sum^^}|" "$template" >"$3/${template##*/}"
+    done
+    giveReleaseTime "$3"/*
+}
+
+# makeSums FOLDER: of the files that are downloaded.
+makeSums() {
+    (cd "$1" && sha256sum -- *.exe *.zip >SHA256SUMS)
+    giveReleaseTime "$1/SHA256SUMS"
+}
