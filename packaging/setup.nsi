@@ -1,5 +1,6 @@
 ; The installer: per machine, for 64-bit Windows 8 and later. scripts/release_files.sh runs makensis with
 ;   VERSION  three numbers          FILES  folder with what is installed     SIZE_KB  its size
+;   ICON, FINISH_PICTURE  its pictures
 ;   OUTPUT   the installer's path   LISTS  folder with install.nsh and uninstall.nsh, the same files by name
 ;   SIGN     optional: a command that signs the file whose path follows it
 ;
@@ -67,6 +68,8 @@ VIAddVersionKey /LANG=0 "ProductVersion" "${VERSION}"
 
 !define MUI_ICON "${ICON}"
 !define MUI_UNICON "${ICON}"
+; A part of artwork/rendered/105_picture.bmp, 314 pixels high.
+!define MUI_WELCOMEFINISHPAGE_BITMAP "${FINISH_PICTURE}"
 !define MUI_ABORTWARNING
 !define MUI_PAGE_CUSTOMFUNCTION_LEAVE leaveFolderPage
 !insertmacro MUI_PAGE_DIRECTORY
@@ -192,6 +195,15 @@ Function ${un}runEntryIn
     ${EndIf}
 FunctionEnd
 
+; Leaves $INSTDIR without a backslash at its end.
+Function ${un}stripFolder
+    StrCpy $1 $INSTDIR 1 -1
+    ${While} $1 == "\"
+        StrCpy $INSTDIR $INSTDIR -1
+        StrCpy $1 $INSTDIR 1 -1
+    ${EndWhile}
+FunctionEnd
+
 ; Removes from the folder $0 what was installed, and the folder when nothing else is in it.
 Function ${un}removeFiles
     !include "${LISTS}/uninstall.nsh"
@@ -214,6 +226,7 @@ Function .onInit
     ${EndIf}
     ReadRegStr $oldFolder HKLM "${UNINSTALL_KEY}" "InstallLocation"
     ReadRegStr $oldVersion HKLM "${UNINSTALL_KEY}" "DisplayVersion"
+    Call refuseLostFolder
     ${If} $INSTDIR == "" ; without /D=
         StrCpy $INSTDIR $oldFolder
     ${EndIf}
@@ -234,6 +247,23 @@ FunctionEnd
 Function un.onInit
     SetRegView 64
     SetShellVarContext all
+    Call un.stripFolder
+FunctionEnd
+
+; A folder behind /D= that NSIS does not take, a whole drive or one in quotes, is not to become another one in silence.
+Function refuseLostFolder
+    ${IfNot} ${Silent}
+    ${OrIf} $INSTDIR != ""
+        Return
+    ${EndIf}
+    System::Call 'kernel32::GetCommandLineW() w .r0'
+    ClearErrors
+    ${WordFind} $0 "/D=" "E+1}" $1
+    ${IfNot} ${Errors}
+        Push "Kelvaro cannot be installed into this folder: $1. It needs one of its own, named without quotes."
+        Push ${EXIT_UNSUITABLE_FOLDER}
+        Call refuse
+    ${EndIf}
 FunctionEnd
 
 Function checkVersion
@@ -262,11 +292,7 @@ Function findFolderFault
     StrCpy $1 $INSTDIR
     System::Call 'kernel32::GetFullPathNameW(w r1, i ${NSIS_MAX_STRLEN}, w .r0, p 0)'
     StrCpy $INSTDIR $0
-    StrCpy $1 $INSTDIR 1 -1
-    ${While} $1 == "\"
-        StrCpy $INSTDIR $INSTDIR -1
-        StrCpy $1 $INSTDIR 1 -1
-    ${EndWhile}
+    Call stripFolder
     StrLen $2 $INSTDIR
     ${If} $2 < 4
         StrCpy $0 "Kelvaro needs a folder of its own and cannot be installed into '$INSTDIR'."

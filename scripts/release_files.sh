@@ -77,7 +77,8 @@ makeSetup() {
         sign=("-DSIGN=$KELVARO_ROOT/scripts/sign.sh")
     fi
     makensis -V2 -WX "-DVERSION=$1" "-DOUTPUT=$2" "-DFILES=$STAGE/files" "-DLISTS=$lists" \
-        "-DICON=$KELVARO_ROOT/artwork/rendered/300_kelvaro.ico" "${sign[@]}" \
+        "-DICON=$KELVARO_ROOT/artwork/rendered/300_kelvaro.ico" \
+        "-DFINISH_PICTURE=$KELVARO_ROOT/packaging/finish.bmp" "${sign[@]}" \
         "-DSIZE_KB=$(installedKilobytes)" "$KELVARO_ROOT/packaging/setup.nsi" >"$log" 2>&1 || {
         cat "$log" >&2
         fail "the installer cannot be made"
