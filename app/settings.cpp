@@ -6,6 +6,7 @@
 #include <string_view>
 #include <utility>
 
+#include "app/registry_places.h"
 #include "app/run_entry.h"
 #include "framework/core/unique_resource.h"
 
@@ -14,10 +15,6 @@ namespace {
 using Panelix::UniqueFile;
 using Panelix::UniqueHkey;
 
-constexpr char kRunKey[] = "Software\\Microsoft\\Windows\\CurrentVersion\\Run";
-constexpr char kRunValue[] = "Kelvaro";
-constexpr char kProgramKey[] = "Software\\Kelvaro";
-constexpr char kInstallFolderValue[] = "InstallDir";
 constexpr char kExecutableName[] = "\\Kelvaro.exe";
 
 constexpr std::size_t kValueBytes = 260;
@@ -39,7 +36,7 @@ UniqueHkey openKey(HKEY root, const char* path, REGSAM access) {
 }
 
 UniqueHkey openRunKey() {
-    return openKey(HKEY_CURRENT_USER, kRunKey, KEY_QUERY_VALUE | KEY_SET_VALUE);
+    return openKey(HKEY_CURRENT_USER, RegistryPlaces::kRunKey, KEY_QUERY_VALUE | KEY_SET_VALUE);
 }
 
 bool closeKey(UniqueHkey key) {
@@ -76,7 +73,7 @@ bool writeEntry(HKEY runKey, std::uint32_t delaySeconds) {
     const std::string text = runEntryText(path, delaySeconds);
     // The size leaves the terminator out; ReadSettings takes a value with or without it.
     return RegSetValueExA(runKey,
-                          kRunValue,
+                          RegistryPlaces::kRunValue,
                           0,
                           REG_SZ,
                           reinterpret_cast<const BYTE*>(text.c_str()),
@@ -84,7 +81,7 @@ bool writeEntry(HKEY runKey, std::uint32_t delaySeconds) {
 }
 
 bool deleteEntry(HKEY runKey) {
-    const LSTATUS status = RegDeleteValueA(runKey, kRunValue);
+    const LSTATUS status = RegDeleteValueA(runKey, RegistryPlaces::kRunValue);
     return status == ERROR_SUCCESS || status == ERROR_FILE_NOT_FOUND;
 }
 
@@ -96,7 +93,7 @@ bool ReadSettings(bool& autostart, std::uint32_t& delaySeconds) {
         return false;
     }
     ValueBytes value{};
-    const LSTATUS status = queryValue(key.get(), kRunValue, value);
+    const LSTATUS status = queryValue(key.get(), RegistryPlaces::kRunValue, value);
     if (status != ERROR_SUCCESS && status != ERROR_FILE_NOT_FOUND) {
         return false;
     }
@@ -119,12 +116,12 @@ bool WriteSettings(const bool& autostart, const std::uint32_t& delaySeconds) {
 }
 
 bool FindExecutablePath(std::string& path) {
-    UniqueHkey key = openKey(HKEY_LOCAL_MACHINE, kProgramKey, KEY_QUERY_VALUE);
+    UniqueHkey key = openKey(HKEY_LOCAL_MACHINE, RegistryPlaces::kProgramKey, KEY_QUERY_VALUE);
     if (!key) {
         return false;
     }
     ValueBytes folder{};
-    if (queryValue(key.get(), kInstallFolderValue, folder) != ERROR_SUCCESS) {
+    if (queryValue(key.get(), RegistryPlaces::kInstallFolderValue, folder) != ERROR_SUCCESS) {
         return false;
     }
     if (!closeKey(std::move(key))) {

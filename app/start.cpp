@@ -11,8 +11,6 @@
 
 namespace {
 
-constexpr wchar_t kInstanceMutex[] = L"KELVARO_G19";
-
 /// In place of abort(), which ends with the same code but not silently: the C runtime shows a box in a
 /// program with windows, and then reports a fault to Windows, whose error reporting may show a dialog of its
 /// own.

@@ -2,6 +2,9 @@
 
 #include <windows.h>
 
+/// Held by the program from its start to its end, once in each logon session.
+inline constexpr wchar_t kInstanceMutex[] = L"KELVARO_G19";
+
 /// Exit code of a process that an exception ended which nobody caught; abort() has the same.
 inline constexpr int kExitAbnormal = 3;
 

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <windows.h>
+
 #include <memory>
 
 #include "stats/adl_abi.h"
@@ -23,6 +25,10 @@ public:
     /// (`found` is then false) or lacks an entry. Once loaded it stays in the process: the driver may have
     /// threads in it that outlive every context.
     static std::unique_ptr<const AdlLibrary> load(bool& found);
+
+    /// The library's file alone, whatever it exports. Null when it does not load; the reason is the thread's
+    /// last error then. It stays in the process.
+    static HMODULE loadModule();
 
     const AdlEntries& entries() const { return entries_; }
 

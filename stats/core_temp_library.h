@@ -4,6 +4,7 @@
 
 #include "framework/core/unique_resource.h"
 #include "stats/core_temp_abi.h"
+#include "stats/core_temp_names.h"
 
 /// The functions of Core Temp's reader class.
 struct CoreTempEntries {
@@ -27,6 +28,13 @@ public:
     /// Loads the library from beside the program or from the system folder. Null when it is not there or
     /// lacks an entry. Searches the disk: not for every pass.
     static std::unique_ptr<const CoreTempLibrary> load();
+
+    /// The library's file alone, whatever it exports. Empty when it does not load; the reason is the thread's
+    /// last error then.
+    static Panelix::UniqueModule loadModule();
+
+    /// Address of the member function in a library, under whichever of its names; null when it has none.
+    static void* findMethod(HMODULE module, const CoreTempMethod& method);
 
     const CoreTempEntries& entries() const { return entries_; }
 

@@ -37,13 +37,15 @@ bool GpuAmd::initialise() {
         return false;
     }
     const AdlEntries& adl = library_->entries();
-    if (adl.ADL2_Main_Control_Create(allocate, Adl::kConnectedAdaptersOnly, &context_) != Adl::kOk) {
+    results_.create = adl.ADL2_Main_Control_Create(allocate, Adl::kConnectedAdaptersOnly, &context_);
+    if (results_.create != Adl::kOk) {
         // Whatever was written there is no session.
         context_ = nullptr;
         setLastError(L"Failed to initialize ADL2 context");
         return false;
     }
-    if (adl.ADL2_Adapter_NumberOfAdapters_Get(context_, &adapterCount_) != Adl::kOk) {
+    results_.adapterCount = adl.ADL2_Adapter_NumberOfAdapters_Get(context_, &adapterCount_);
+    if (results_.adapterCount != Adl::kOk) {
         setLastError(L"ADL2: Cannot get the number of adapters");
         return false;
     }
@@ -64,14 +66,16 @@ GpuStats GpuAmd::sample() {
     }
     const AdlEntries& adl = library_->entries();
     Adl::ADLOD6CurrentStatus status{};
-    if (adl.ADL2_Overdrive6_CurrentStatus_Get(context_, kAdapter, &status) == Adl::kOk) {
+    results_.status = adl.ADL2_Overdrive6_CurrentStatus_Get(context_, kAdapter, &status);
+    if (results_.status == Adl::kOk) {
         stats.load = status.iActivityPercent;
         stats.coreClock = static_cast<std::uint32_t>(status.iEngineClock) * kKHzPerClockUnit;
         stats.loadValid = true;
         stats.coreClockValid = true;
     }
     int millidegrees = 0;
-    if (adl.ADL2_Overdrive6_Temperature_Get(context_, kAdapter, &millidegrees) == Adl::kOk) {
+    results_.temperature = adl.ADL2_Overdrive6_Temperature_Get(context_, kAdapter, &millidegrees);
+    if (results_.temperature == Adl::kOk) {
         stats.temperature = millidegrees / kMillidegreesPerDegree;
         stats.temperatureValid = true;
     }
@@ -81,9 +85,10 @@ GpuStats GpuAmd::sample() {
 
 std::wstring GpuAmd::name() {
     Adl::AdapterInfo* allocated = nullptr;
-    if (context_ == nullptr ||
-        library_->entries().ADL2_Adapter_AdapterInfoX2_Get(context_, &allocated) != Adl::kOk ||
-        allocated == nullptr) {
+    if (context_ != nullptr) {
+        results_.adapterInfo = library_->entries().ADL2_Adapter_AdapterInfoX2_Get(context_, &allocated);
+    }
+    if (results_.adapterInfo != Adl::kOk || allocated == nullptr) {
         return L"AMD card name failed";
     }
     const std::unique_ptr<Adl::AdapterInfo, AllocationFreer> infos(allocated);

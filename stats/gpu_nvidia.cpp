@@ -36,6 +36,7 @@ Nvapi::Status GpuNvidia::findFirstGpu() {
     std::array<Nvapi::GpuHandle, Nvapi::kMaxPhysicalGpus> handles{};
     std::uint32_t count = 0;
     const Nvapi::Status status = call(library_->entries().EnumPhysicalGpus, handles.data(), &count);
+    statuses_.enumeration = status;
     gpuHandle_ = status == Nvapi::kOk ? handles.front() : nullptr;
     return status;
 }
@@ -96,6 +97,7 @@ void GpuNvidia::readLoad(GpuStats& stats) {
         states.version = Nvapi::DynamicPstates::kVersion;
         return call(library_->entries().GpuGetDynamicPstatesInfoEx, gpuHandle_, &states);
     });
+    statuses_.load = status;
     if (status == Nvapi::kOk) {
         stats.load = static_cast<std::int32_t>(states.utilization[0].percentage);
         stats.loadValid = true;
@@ -109,6 +111,7 @@ void GpuNvidia::readTemperature(GpuStats& stats) {
         settings.version = Nvapi::ThermalSettings::kVersion;
         return call(library_->entries().GpuGetThermalSettings, gpuHandle_, 0, &settings);
     });
+    statuses_.temperature = status;
     if (status == Nvapi::kOk) {
         stats.temperature = settings.sensor[0].currentTemp;
         stats.temperatureValid = true;
@@ -122,6 +125,7 @@ void GpuNvidia::readMemoryLoad(GpuStats& stats) {
         info.version = Nvapi::MemoryInfo::kVersion;
         return call(library_->entries().GpuGetMemoryInfo, gpuHandle_, &info);
     });
+    statuses_.memory = status;
     if (status == Nvapi::kOk) {
         stats.memoryLoad =
             videoMemoryPercent(info.availableDedicatedVideoMemory, info.curAvailableDedicatedVideoMemory);
@@ -137,6 +141,7 @@ void GpuNvidia::readCoreClock(GpuStats& stats) {
         frequencies.clockType = Nvapi::ClockFrequencies::kCurrentClocks;
         return call(library_->entries().GpuGetAllClockFrequencies, gpuHandle_, &frequencies);
     });
+    statuses_.clock = status;
     if (status == Nvapi::kOk) {
         stats.coreClock = frequencies.domain[0].frequency;
         stats.coreClockValid = true;
@@ -152,5 +157,6 @@ std::wstring GpuNvidia::name() {
         std::fill(std::begin(text), std::end(text), '\0');
         return call(library_->entries().GpuGetFullName, gpuHandle_, text);
     });
+    statuses_.name = status;
     return status == Nvapi::kOk ? wideFromAnsi(textOfField(text)) : std::wstring();
 }

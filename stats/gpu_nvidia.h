@@ -1,10 +1,21 @@
 #pragma once
 
 #include <memory>
+#include <optional>
 #include <string>
 
 #include "stats/gpu_vendor.h"
 #include "stats/nvapi_library.h"
+
+/// What the latest call of each function returned; nothing before the first.
+struct NvidiaStatuses {
+    std::optional<Nvapi::Status> enumeration;
+    std::optional<Nvapi::Status> name;
+    std::optional<Nvapi::Status> load;
+    std::optional<Nvapi::Status> temperature;
+    std::optional<Nvapi::Status> memory;
+    std::optional<Nvapi::Status> clock;
+};
 
 /// NVIDIA's first graphics card, through NVAPI. A driver that lacks a function counts as one whose call
 /// failed. When a change of displays or cards makes the card's handle stale, the cards are enumerated anew,
@@ -19,6 +30,10 @@ public:
     /// Empty when the driver does not tell.
     std::wstring name() override;
 
+    const NvidiaStatuses& statuses() const { return statuses_; }
+    /// The driver's text for a status, or NVAPI's name of it when the driver tells none.
+    std::wstring statusText(Nvapi::Status status) const;
+
 private:
     bool check(Nvapi::Status status, const wchar_t* context);
     Nvapi::Status findFirstGpu();
@@ -26,7 +41,6 @@ private:
     bool hasGpu();
     template <typename Ask>
     Nvapi::Status askGpu(const Ask& ask);
-    std::wstring statusText(Nvapi::Status status) const;
     void readLoad(GpuStats& stats);
     void readTemperature(GpuStats& stats);
     void readMemoryLoad(GpuStats& stats);
@@ -36,4 +50,5 @@ private:
     std::unique_ptr<const NvapiLibrary> library_;
     /// Null when the last enumeration gave none.
     Nvapi::GpuHandle gpuHandle_ = nullptr;
+    NvidiaStatuses statuses_;
 };

@@ -2,6 +2,7 @@
 
 #include <memory>
 
+#include "framework/core/unique_resource.h"
 #include "stats/nvapi_abi.h"
 
 /// NVAPI's functions. Any of them may be null: drivers differ in what they implement.
@@ -24,6 +25,10 @@ public:
     /// cannot be called; `status` is then what NVAPI would return to every call. Once Initialize was called
     /// the library stays in the process: the driver may have threads in it that outlive Unload.
     static std::unique_ptr<const NvapiLibrary> start(Nvapi::Status& status);
+
+    /// The library's file alone, whatever it exports. Empty when it does not load; the reason is the thread's
+    /// last error then.
+    static Panelix::UniqueModule loadModule();
 
     const NvapiEntries& entries() const { return entries_; }
 

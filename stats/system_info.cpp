@@ -17,9 +17,6 @@
 
 namespace {
 
-/// Two things follow from it: the graphs show a minute, as 201 samples (kGraphWidth of
-/// pages/main_page_layout.h), and mails are counted every 3.3 s, at every 11th update (mailPollLimit_).
-constexpr std::int64_t kUpdatePeriodMs = 300;
 constexpr wchar_t kErrorTitle[] = L"System Info Error";
 
 GUID createEventContext() {

@@ -24,6 +24,10 @@
 /// snapshot says Core Audio's notification threads write.
 class SystemInfo : public Panelix::RateUpdater, public Snapshot {
 public:
+    /// Two things follow from it: the graphs show a minute, as 201 samples (kGraphWidth of
+    /// pages/main_page_layout.h), and mails are counted every 3.3 s, at every 11th update (mailPollLimit_).
+    static constexpr std::int64_t kUpdatePeriodMs = 300;
+
     /// COM must be running on the thread. Throws Panelix::SysException ("System Info Error") when there is no
     /// GUID or no audio device enumerator to be had; everything else degrades to figures that are marked
     /// unavailable.

@@ -2,13 +2,12 @@
 
 #include <windows.h>
 
-#include <propidl.h>
-
 #include <cwchar>
 #include <memory>
 #include <optional>
 #include <utility>
 
+#include "stats/device_name.h"
 #include "stats/policy_config_abi.h"
 #include "stats/volume_percent.h"
 
@@ -20,35 +19,11 @@ namespace {
 using Microsoft::WRL::ComPtr;
 
 constexpr std::uint32_t kQuestionPeriodMs = 1000;
-// Device's friendly name; the SDK declares the key, but no library of MinGW's defines it.
-constexpr PROPERTYKEY kFriendlyNameKey{
-    {0xA45C254E, 0xDF1C, 0x4EFD, {0x80, 0x20, 0x67, 0xD1, 0x46, 0xA8, 0x50, 0xE0}}, 14};
 
 struct CoTaskMemDeleter {
     void operator()(void* memory) const noexcept { CoTaskMemFree(memory); }
 };
 using CoTaskText = std::unique_ptr<wchar_t, CoTaskMemDeleter>;
-
-/// A property's value; empty at first.
-class PropertyValue {
-public:
-    PropertyValue() = default;
-    ~PropertyValue() { PropVariantClear(&value_); }
-    PropertyValue(const PropertyValue&) = delete;
-    PropertyValue& operator=(const PropertyValue&) = delete;
-
-    PROPVARIANT* put() noexcept { return &value_; }
-
-    /// Empty when the value is no text.
-    std::wstring text() const {
-        return value_.vt == VT_LPWSTR && value_.pwszVal != nullptr ? std::wstring(value_.pwszVal)
-                                                                   : std::wstring();
-    }
-
-private:
-    /// All zero is VT_EMPTY.
-    PROPVARIANT value_{};
-};
 
 // std::nullopt: the system does not say. Null: there is none.
 std::optional<ComPtr<IMMDevice>> askForDefault(IMMDeviceEnumerator* enumerator, EDataFlow flow) {
@@ -99,16 +74,6 @@ bool follow(IMMDeviceEnumerator* enumerator, EDataFlow flow, BoundEndpoint& boun
         bound.read();
     }
     return current.has_value();
-}
-
-std::wstring friendlyName(IMMDevice& device) {
-    ComPtr<IPropertyStore> store;
-    device.OpenPropertyStore(STGM_READ, &store);
-    PropertyValue name;
-    if (store != nullptr) {
-        store->GetValue(kFriendlyNameKey, name.put());
-    }
-    return name.text();
 }
 
 ComPtr<IMMDeviceCollection> activeSpeakers(IMMDeviceEnumerator* enumerator) {

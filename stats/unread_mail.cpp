@@ -9,8 +9,6 @@
 
 namespace {
 
-constexpr wchar_t kAccountsKey[] = L"SOFTWARE\\Microsoft\\Windows\\CurrentVersion\\UnreadMail";
-constexpr wchar_t kCountValue[] = L"MessageCount";
 constexpr std::int32_t kUnavailable = -1;
 constexpr DWORD kNameLength = 1024;
 
@@ -25,7 +23,7 @@ Panelix::UniqueHkey openKey(HKEY parent, const wchar_t* path) {
 }  // namespace
 
 std::int32_t readUnreadMail() {
-    const Panelix::UniqueHkey accounts = openKey(HKEY_CURRENT_USER, kAccountsKey);
+    const Panelix::UniqueHkey accounts = openKey(HKEY_CURRENT_USER, kUnreadMailKey);
     if (!accounts) {
         return kUnavailable;
     }
@@ -43,9 +41,12 @@ std::int32_t readUnreadMail() {
             continue;
         }
         DWORD count = 0;
-        if (RegQueryValueExW(
-                account.get(), kCountValue, nullptr, nullptr, reinterpret_cast<BYTE*>(&count), &countSize) !=
-            ERROR_SUCCESS) {
+        if (RegQueryValueExW(account.get(),
+                             kUnreadMailCount,
+                             nullptr,
+                             nullptr,
+                             reinterpret_cast<BYTE*>(&count),
+                             &countSize) != ERROR_SUCCESS) {
             return kUnavailable;
         }
         sum += count;

@@ -2,6 +2,11 @@
 
 #include <cstdint>
 
+/// Under this key of HKEY_CURRENT_USER mail programs leave a key for each account.
+inline constexpr wchar_t kUnreadMailKey[] = L"SOFTWARE\\Microsoft\\Windows\\CurrentVersion\\UnreadMail";
+/// The account's value of four bytes: its unread mails.
+inline constexpr wchar_t kUnreadMailCount[] = L"MessageCount";
+
 /// Unread mails over all accounts that the registry lists for the current user, at most 2^31 - 1. -1 when
 /// there is no list, or when an account in it does not tell its count.
 ///
