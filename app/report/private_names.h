@@ -1,0 +1,23 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+/// What a report must not tell. Letters of either case are the same in all of them.
+struct PrivateNames {
+    /// Full paths of the user's profile, in every form that Windows uses, without a backslash at the end.
+    std::vector<std::wstring> profileFolders;
+    /// Full paths of the folders that hold the profiles of all users, without a backslash at the end.
+    std::vector<std::wstring> usersFolders;
+    /// Names of the user.
+    std::vector<std::wstring> users;
+    /// Names of the computer.
+    std::vector<std::wstring> computers;
+};
+
+/// Those of the user that runs this program. What Windows does not tell is left out.
+PrivateNames currentPrivateNames();
+
+/// The text with "%USERPROFILE%" in the place of the user's profile folder, and with "<user>" and
+/// "<computer>" in the place of names: those of other users' profile folders, and whole words.
+std::wstring withoutPrivateNames(std::wstring text, const PrivateNames& names);
