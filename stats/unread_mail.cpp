@@ -2,15 +2,12 @@
 
 #include <windows.h>
 
-#include <algorithm>
-#include <limits>
-
 #include "framework/core/unique_resource.h"
+#include "stats/unread_mail_walk.h"
 
 namespace {
 
 constexpr std::int32_t kUnavailable = -1;
-constexpr DWORD kNameLength = 1024;
 
 Panelix::UniqueHkey openKey(HKEY parent, const wchar_t* path) {
     Panelix::UniqueHkey key;
@@ -20,36 +17,43 @@ Panelix::UniqueHkey openKey(HKEY parent, const wchar_t* path) {
     return key;
 }
 
+/// The accounts in the registry, see sumOfUnreadMail().
+class RegistryAccounts {
+public:
+    explicit RegistryAccounts(HKEY list) : list_(list) {}
+
+    bool next(std::uint32_t index, std::uint32_t& nameLength) {
+        DWORD length = nameLength;
+        const LSTATUS status =
+            RegEnumKeyExW(list_, index, name_, &length, nullptr, nullptr, nullptr, nullptr);
+        nameLength = length;
+        return status == ERROR_SUCCESS;
+    }
+
+    MailAccount count(std::uint32_t& count, std::uint32_t& bytes) const {
+        const Panelix::UniqueHkey account = openKey(list_, name_);
+        if (!account) {
+            return MailAccount::Denied;
+        }
+        DWORD size = bytes;
+        const LSTATUS status = RegQueryValueExW(
+            account.get(), kUnreadMailCount, nullptr, nullptr, reinterpret_cast<BYTE*>(&count), &size);
+        bytes = size;
+        return status == ERROR_SUCCESS ? MailAccount::Counted : MailAccount::WithoutCount;
+    }
+
+private:
+    HKEY list_;
+    wchar_t name_[kMailAccountNameLength]{};
+};
+
 }  // namespace
 
 std::int32_t readUnreadMail() {
-    const Panelix::UniqueHkey accounts = openKey(HKEY_CURRENT_USER, kUnreadMailKey);
-    if (!accounts) {
+    const Panelix::UniqueHkey list = openKey(HKEY_CURRENT_USER, kUnreadMailKey);
+    if (!list) {
         return kUnavailable;
     }
-    std::uint64_t sum = 0;
-    wchar_t name[kNameLength];
-    // Set once, each call leaves in them what the next one gets as its limit.
-    DWORD nameLength = kNameLength;
-    DWORD countSize = sizeof(DWORD);
-    for (DWORD index = 0;
-         RegEnumKeyExW(accounts.get(), index, name, &nameLength, nullptr, nullptr, nullptr, nullptr) ==
-         ERROR_SUCCESS;
-         ++index) {
-        const Panelix::UniqueHkey account = openKey(accounts.get(), name);
-        if (!account) {
-            continue;
-        }
-        DWORD count = 0;
-        if (RegQueryValueExW(account.get(),
-                             kUnreadMailCount,
-                             nullptr,
-                             nullptr,
-                             reinterpret_cast<BYTE*>(&count),
-                             &countSize) != ERROR_SUCCESS) {
-            return kUnavailable;
-        }
-        sum += count;
-    }
-    return static_cast<std::int32_t>(std::min<std::uint64_t>(sum, std::numeric_limits<std::int32_t>::max()));
+    RegistryAccounts accounts(list.get());
+    return sumOfUnreadMail(accounts);
 }
