@@ -1,26 +1,11 @@
 #pragma once
 
+#include <windows.h>
+
 #include <memory>
 
 #include "framework/core/unique_resource.h"
-#include "stats/core_temp_abi.h"
-#include "stats/core_temp_names.h"
-
-/// The functions of Core Temp's reader class.
-struct CoreTempEntries {
-    CoreTemp::Construct* construct = nullptr;
-    CoreTemp::Destruct* destruct = nullptr;
-    CoreTemp::GetBool* GetData = nullptr;
-    CoreTemp::GetBool* IsFahrenheit = nullptr;
-    CoreTemp::GetText* GetCPUName = nullptr;
-    CoreTemp::GetFloat* GetCPUSpeed = nullptr;
-    CoreTemp::GetFloat* GetFSBSpeed = nullptr;
-    CoreTemp::GetFloat* GetMultiplier = nullptr;
-    CoreTemp::GetFloat* GetVID = nullptr;
-    CoreTemp::GetCount* GetCPUCount = nullptr;
-    CoreTemp::GetCount* GetCoreCount = nullptr;
-    CoreTemp::GetFloatAt* GetTemp = nullptr;
-};
+#include "stats/core_temp_entries.h"
 
 /// Core Temp's reader library. It exists only with all of its entries.
 class CoreTempLibrary {
@@ -33,8 +18,8 @@ public:
     /// last error then.
     static Panelix::UniqueModule loadModule();
 
-    /// Address of the member function in a library, under whichever of its names; null when it has none.
-    static void* findMethod(HMODULE module, const CoreTempMethod& method);
+    /// What the file exports. For as long as it is loaded.
+    static CoreTempExports exportsOf(HMODULE module);
 
     const CoreTempEntries& entries() const { return entries_; }
 

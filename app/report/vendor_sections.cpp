@@ -16,7 +16,7 @@
 #include "framework/core/exported_function.h"
 #include "framework/core/unique_resource.h"
 #include "stats/adl_entries.h"
-#include "stats/core_temp_entries.h"
+#include "stats/core_temp_library.h"
 #include "stats/core_temp_reading.h"
 #include "stats/gpu_amd.h"
 #include "stats/gpu_nvidia.h"
@@ -115,11 +115,12 @@ void reportCoreTempLibrary(ReportWriter& writer) {
             writer, CoreTemp::kLibraryFile, {programFolder(), systemFolder()}, module.get(), error)) {
         return;
     }
+    const CoreTempExports exported = CoreTempLibrary::exportsOf(module.get());
     std::vector<std::wstring> missing;
     addMissingEntries(
         missing,
         kCoreTempEntries,
-        [&](const CoreTempMethod& method) { return CoreTempLibrary::findMethod(module.get(), method); },
+        [&](const CoreTempMethod& method) { return findCoreTempMethod(method, exported); },
         methodText);
     reportEntries(writer, std::tuple_size_v<decltype(kCoreTempEntries)>, missing);
 }
