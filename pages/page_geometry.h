@@ -22,5 +22,5 @@ constexpr bool isOnScreen(PagePoint point) {
 
 constexpr bool isOnScreen(PageRect rect) {
     return rect.x >= 0 && rect.y >= 0 && rect.width > 0 && rect.height > 0 &&
-           rect.x + rect.width <= Panelix::kLcdWidth && rect.y + rect.height <= Panelix::kLcdHeight;
+           rect.width <= Panelix::kLcdWidth - rect.x && rect.height <= Panelix::kLcdHeight - rect.y;
 }

@@ -3,6 +3,8 @@
 
 #include <gtest/gtest.h>
 
+#include <limits>
+
 namespace {
 
 TEST(PageGeometry, APointOutsideTheScreenIsSeenAsSuch) {
@@ -21,6 +23,13 @@ TEST(PageGeometry, ARectangleMustLieWhollyOnTheScreen) {
     EXPECT_FALSE(isOnScreen(PageRect{-1, 0, 10, 10}));
     EXPECT_FALSE(isOnScreen(PageRect{0, -1, 10, 10}));
     EXPECT_FALSE(isOnScreen(PageRect{5, 5, 0, 10}));
+}
+
+TEST(PageGeometry, TheLargestRectangleIsNotOnTheScreen) {
+    constexpr int kMost = std::numeric_limits<int>::max();
+    EXPECT_FALSE(isOnScreen(PageRect{1, 1, kMost, 1}));
+    EXPECT_FALSE(isOnScreen(PageRect{1, 1, 1, kMost}));
+    EXPECT_FALSE(isOnScreen(PageRect{kMost, kMost, kMost, kMost}));
 }
 
 TEST(ListLayout, TheFirstRowStandsFourPixelsHigherThanTheEvenSpacing) {

@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <array>
+#include <limits>
 
 namespace {
 
@@ -59,4 +60,16 @@ TEST(ScreenshotName, CountsHoursOnATwelveHourClock) {
         EXPECT_EQ(Panelix::screenshotTimeText(timeAt(2026, 3, 31, hour, 0, 0)),
                   std::wstring(L"2026-03-31 ") + hours[static_cast<std::size_t>(hour)]);
     }
+}
+
+TEST(ScreenshotName, AnyRecordGivesAName) {
+    constexpr int kMost = std::numeric_limits<int>::max();
+    constexpr int kLeast = std::numeric_limits<int>::min();
+    std::tm time{};
+    time.tm_year = time.tm_mon = time.tm_mday = time.tm_hour = time.tm_min = time.tm_sec = kMost;
+    EXPECT_EQ(Panelix::screenshotTimeText(time),
+              L"2147485547-2147483648-2147483647 2147483635-2147483647-2147483647pm");
+    time.tm_year = time.tm_mon = time.tm_mday = time.tm_hour = time.tm_min = time.tm_sec = kLeast;
+    EXPECT_EQ(Panelix::screenshotTimeText(time),
+              L"-2147481748-0-2147483647-0-2147483648 -2147483648-0-2147483648-0-2147483648am");
 }
