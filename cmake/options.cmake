@@ -17,11 +17,11 @@ target_compile_options(
         -Wnon-virtual-dtor
         -Woverloaded-virtual
         -Wold-style-cast
-        -Wduplicated-cond
-        -Wlogical-op
         -Wnull-dereference
+        $<$<CXX_COMPILER_ID:GNU>:-Wduplicated-cond>
+        $<$<CXX_COMPILER_ID:GNU>:-Wlogical-op>
         # GCC 12 at -O3 sees overlaps in std::string's own copying that cannot be (its bug 105651).
-        -Wno-restrict
+        $<$<CXX_COMPILER_ID:GNU>:-Wno-restrict>
 )
 
 if(WIN32)
@@ -49,6 +49,12 @@ set(KELVARO_RESULTS_DIR "${CMAKE_BINARY_DIR}/results")
 if(KELVARO_SANITIZE)
     set(sanitize -fsanitize=address,undefined -fno-sanitize-recover=all -fno-omit-frame-pointer)
     target_compile_options(kelvaro_options INTERFACE ${sanitize})
+    target_link_options(kelvaro_options INTERFACE ${sanitize})
+endif()
+
+if(KELVARO_FUZZ)
+    set(sanitize -fsanitize=address,undefined,float-cast-overflow -fno-sanitize-recover=all -fno-omit-frame-pointer)
+    target_compile_options(kelvaro_options INTERFACE -fsanitize=fuzzer-no-link ${sanitize})
     target_link_options(kelvaro_options INTERFACE ${sanitize})
 endif()
 

@@ -30,6 +30,19 @@ KELVARO_SIGN_PACKAGES=(
     osslsigncode
 )
 
+# What the slow checks of ./test.sh --all need besides.
+KELVARO_CHECK_PACKAGES=(
+    clang
+    libclang-rt-14-dev
+    cppcheck
+    shellcheck
+)
+
+# What scripts/coverage.sh needs besides.
+KELVARO_COVERAGE_PACKAGES=(
+    gcovr
+)
+
 # Prints those of the given packages that are not installed, on one line.
 missingPackages() {
     local installed package absent=()
