@@ -54,8 +54,8 @@ std::uint64_t CallLog::count(std::uint32_t call) const noexcept {
 }
 
 void CallLog::clear() noexcept {
-    for (std::atomic<std::uint64_t>& count : counts_) {
-        count.store(0, std::memory_order_relaxed);
+    for (std::atomic<std::uint64_t>& calls : counts_) {
+        calls.store(0, std::memory_order_relaxed);
     }
     for (Slot& slot : slots_) {
         slot.sequence.store(0, std::memory_order_relaxed);

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <tuple>
+#include <type_traits>
 
 namespace Panelix {
 
@@ -17,9 +18,10 @@ struct LibraryEntry {
 template <typename Table, typename... Entries, typename AddressOf>
 bool fillEntries(Table& table, const std::tuple<Entries...>& list, const AddressOf& address) {
     bool complete = true;
-    const auto find = [&]<typename Key, typename Function>(const LibraryEntry<Key, Table, Function>& entry) {
-        table.*entry.slot = reinterpret_cast<Function*>(address(entry.key));
-        complete = complete && table.*entry.slot != nullptr;
+    const auto find = [&](const auto& entry) {
+        auto*& slot = table.*entry.slot;
+        slot = reinterpret_cast<std::remove_reference_t<decltype(slot)>>(address(entry.key));
+        complete = complete && slot != nullptr;
     };
     std::apply([&](const auto&... entries) { (find(entries), ...); }, list);
     return complete;

@@ -230,8 +230,8 @@ void VirtualAudio::setServiceRunning(bool running) noexcept {
     Record& r = record();
     if (r.serviceStopped.exchange(running ? 0 : 1) == 0 && !running) {
         r.serviceLife.fetch_add(1);
-        for (DeviceSlot& device : r.devices) {
-            device.life.fetch_add(1);
+        for (DeviceSlot& slot : r.devices) {
+            slot.life.fetch_add(1);
         }
     }
 }
@@ -326,12 +326,12 @@ std::uint64_t VirtualAudio::callCount(AudioCall call) const noexcept {
 std::vector<AudioCallEntry> VirtualAudio::calls() const {
     std::vector<AudioCallEntry> entries;
     for (const LoggedCall& call : record().log.entries()) {
-        const auto& [device, first, second, scalar, withContext] = call.arguments;
+        const auto& [deviceIndex, first, second, scalar, withContext] = call.arguments;
         AudioCallEntry entry;
         entry.timeUs = call.timeUs;
         entry.threadId = call.threadId;
         entry.call = static_cast<AudioCall>(call.call);
-        entry.device = static_cast<std::int32_t>(device);
+        entry.device = static_cast<std::int32_t>(deviceIndex);
         entry.first = static_cast<std::uint32_t>(first);
         entry.second = static_cast<std::uint32_t>(second);
         entry.scalar = std::bit_cast<float>(static_cast<std::uint32_t>(scalar));
