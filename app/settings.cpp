@@ -55,6 +55,10 @@ LSTATUS queryValue(HKEY key, const char* name, ValueBytes& value) {
 }
 
 bool fileOpens(const std::string& path) {
+    // The system would open the file that the part before a zero names.
+    if (path.find('\0') != std::string::npos) {
+        return false;
+    }
     const UniqueFile file(CreateFileA(path.c_str(),
                                       GENERIC_READ,
                                       FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE,

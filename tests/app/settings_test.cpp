@@ -259,6 +259,16 @@ TEST_F(Settings, OfAnInstallationFolderWithoutTerminatorTheLastCharacterIsNotPar
     EXPECT_EQ(path, narrow(folder_.executable()));
 }
 
+TEST_F(Settings, AnInstallationFolderWithAZeroWithinIsNone) {
+    std::string path = "untouched";
+    for (const std::wstring& part : {folder_.executable(), folder_.path()}) {
+        setInstallFolder(part + L'\0' + L"behind");
+        EXPECT_FALSE(FindExecutablePath(path));
+        EXPECT_FALSE(WriteSettings(true, 15));
+    }
+    EXPECT_EQ(path, "untouched");
+}
+
 TEST_F(Settings, APathBeyondAsciiIsReadAndWrittenInTheAnsiCodePage) {
     ASSERT_EQ(GetACP(), 1252U);
     // U-umlaut and the euro sign: one byte each there, and neither is that of UTF-8 or Latin-1 alone.
