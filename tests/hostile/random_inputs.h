@@ -31,6 +31,12 @@ public:
         return true;
     }
 
+    /// The same inputs once more.
+    void restart() {
+        taken_ = 0;
+        random_.seed(seed_);
+    }
+
     /// For a failure's text: how to see it again.
     std::string place() const {
         return std::string(subject_) + ", input " + std::to_string(taken_) +
