@@ -23,6 +23,8 @@ struct Account {
 };
 
 std::map<std::string, Account> accounts;
+/// Failed calls by function; each watched function has its node from the start.
+std::map<std::string, int> failedCalls;
 GdiplusLedger::Numbers atTheEnd;
 
 GdiplusLedger::Numbers outstandingNow() {
@@ -60,7 +62,9 @@ struct Entry;
 
 template <Name name, typename Result, typename... Arguments>
 struct Entry<name, Result(Arguments...)> {
+    /// Of calls that went well; what is only watched has none.
     static inline int* counter = nullptr;
+    static inline int* failures = nullptr;
     static inline Result (*original)(Arguments...) = nullptr;
 
     static Result call(Arguments... arguments) {
@@ -69,7 +73,9 @@ struct Entry<name, Result(Arguments...)> {
             ++*counter;
         } else {
             const Result result = original(arguments...);
-            if (succeeded(result)) {
+            if (!succeeded(result)) {
+                ++*failures;
+            } else if (counter != nullptr) {
                 ++*counter;
             }
             return result;
@@ -87,14 +93,20 @@ void noteTheEnd(ULONG_PTR token) {
 }  // namespace
 
 struct GdiplusLedger::Overrides {
-    /// Counts the successful calls of a function.
+    /// Counts the successful calls of a function, and the others.
     template <Name name, typename Function>
     void count(const char* kind, int Account::*side, const char* module) {
-        using Counted = Entry<name, Function>;
-        if (add(module, name.text.data(), Counted::call)) {
-            // A node of the map stays in place, and counting allocates nothing.
-            Counted::counter = &(accounts[kind].*side);
-            Counted::original = list.back().template original<Function>();
+        // A node of the map stays in place, and counting allocates nothing.
+        watch<name, Function>(module, &(accounts[kind].*side));
+    }
+
+    template <Name name, typename Function>
+    void watch(const char* module, int* counter = nullptr) {
+        using Watched = Entry<name, Function>;
+        if (add(module, name.text.data(), Watched::call)) {
+            Watched::counter = counter;
+            Watched::failures = &failedCalls[name.text.data()];
+            Watched::original = list.back().template original<Function>();
         }
     }
 
@@ -122,11 +134,14 @@ struct GdiplusLedger::Overrides {
 // clang-format off
 #define KELVARO_COUNT(kind, side, module, function) \
     overrides_->count<#function, decltype(function)>(kind, &Account::side, module)
+#define KELVARO_WATCH(module, function) overrides_->watch<#function, decltype(function)>(module)
 // clang-format on
 
 GdiplusLedger::GdiplusLedger() : overrides_(std::make_unique<Overrides>()) {
     using namespace Gdiplus::DllExports;
+    using Gdiplus::GdiplusStartup;
     accounts.clear();
+    failedCalls.clear();
     atTheEnd.clear();
     KELVARO_COUNT("brush", taken, kGdiplus, GdipCreateSolidFill);
     KELVARO_COUNT("brush", givenBack, kGdiplus, GdipDeleteBrush);
@@ -153,12 +168,32 @@ GdiplusLedger::GdiplusLedger() : overrides_(std::make_unique<Overrides>()) {
     KELVARO_COUNT("device context", taken, "user32.dll", GetDC);
     KELVARO_COUNT("device context", givenBack, "gdi32.dll", DeleteDC);
     KELVARO_COUNT("device context", givenBack, "user32.dll", ReleaseDC);
+    KELVARO_WATCH(kGdiplus, GdiplusStartup);
+    KELVARO_WATCH(kGdiplus, GdipCloneBrush);
+    KELVARO_WATCH(kGdiplus, GdipCloneImage);
+    KELVARO_WATCH(kGdiplus, GdipDrawImageI);
+    KELVARO_WATCH(kGdiplus, GdipDrawLineI);
+    KELVARO_WATCH(kGdiplus, GdipDrawString);
+    KELVARO_WATCH(kGdiplus, GdipFillPolygonI);
+    KELVARO_WATCH(kGdiplus, GdipFillRectangleI);
+    KELVARO_WATCH(kGdiplus, GdipGetImageEncoders);
+    KELVARO_WATCH(kGdiplus, GdipGetImageEncodersSize);
+    KELVARO_WATCH(kGdiplus, GdipSaveImageToFile);
+    KELVARO_WATCH(kGdiplus, GdipSetCompositingMode);
+    KELVARO_WATCH(kGdiplus, GdipSetCompositingQuality);
+    KELVARO_WATCH(kGdiplus, GdipSetInterpolationMode);
+    KELVARO_WATCH(kGdiplus, GdipSetPixelOffsetMode);
+    KELVARO_WATCH(kGdiplus, GdipSetSmoothingMode);
+    KELVARO_WATCH(kGdiplus, GdipSetStringFormatAlign);
+    KELVARO_WATCH(kGdiplus, GdipSetStringFormatLineAlign);
+    KELVARO_WATCH("gdi32.dll", GetDIBits);
     if (overrides_->add(kGdiplus, "GdiplusShutdown", noteTheEnd)) {
         endGdiplus = overrides_->list.back().original<decltype(noteTheEnd)>();
     }
 }
 
 #undef KELVARO_COUNT
+#undef KELVARO_WATCH
 
 GdiplusLedger::~GdiplusLedger() = default;
 
@@ -178,4 +213,25 @@ GdiplusLedger::Numbers GdiplusLedger::taken() const {
 
 GdiplusLedger::Numbers GdiplusLedger::outstandingAtTheEnd() const {
     return atTheEnd;
+}
+
+GdiplusLedger::Numbers GdiplusLedger::failures() const {
+    Numbers numbers;
+    for (const auto& [function, count] : failedCalls) {
+        if (count != 0) {
+            numbers[function] = count;
+        }
+    }
+    return numbers;
+}
+
+std::vector<std::string> GdiplusLedger::unwatched() const {
+    std::vector<std::string> functions;
+    for (const std::string& function : importedFunctions(kGdiplus)) {
+        // The end has no result.
+        if (function != "GdiplusShutdown" && failedCalls.count(function) == 0) {
+            functions.push_back(function);
+        }
+    }
+    return functions;
 }

@@ -3,9 +3,10 @@
 #include <map>
 #include <memory>
 #include <string>
+#include <vector>
 
-/// Keeps account of what this program's own code takes from GDI+ and GDI and gives back, for as long as it
-/// lives: under Wine no counter of the system tells. One at a time.
+/// Keeps account of what this program's own code takes from GDI+ and GDI and gives back, and of the calls
+/// that fail, for as long as it lives: under Wine no counter of the system tells. One at a time.
 class GdiplusLedger {
 public:
     GdiplusLedger();
@@ -25,6 +26,12 @@ public:
 
     /// What was outstanding when GDI+ was last ended.
     Numbers outstandingAtTheEnd() const;
+
+    /// Calls since the start that failed, by function, whoever looked at their results.
+    Numbers failures() const;
+
+    /// Functions of GDI+ that this program imports and whose failures would not be seen.
+    std::vector<std::string> unwatched() const;
 
 private:
     struct Overrides;

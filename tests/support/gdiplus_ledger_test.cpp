@@ -61,6 +61,23 @@ TEST(GdiplusLedger, WhatFailsIsNotTaken) {
     EXPECT_EQ(ledger.taken(), Numbers{});
 }
 
+TEST(GdiplusLedger, CountsCallsThatFailByFunction) {
+    const Panelix::GdiplusSession gdiplus;
+    const GdiplusLedger ledger;
+    Gdiplus::Bitmap bitmap(4, 4, PixelFormat32bppPARGB);
+    Gdiplus::Graphics graphics(&bitmap);
+    const Gdiplus::SolidBrush brush{Gdiplus::Color(0xFF112233)};
+    graphics.FillRectangle(&brush, 0, 0, 2, 2);
+    EXPECT_EQ(ledger.failures(), Numbers{});
+    graphics.DrawImage(static_cast<Gdiplus::Image*>(nullptr), 0, 0);
+    graphics.FillRectangle(static_cast<const Gdiplus::Brush*>(nullptr), 0, 0, 2, 2);
+    graphics.FillRectangle(static_cast<const Gdiplus::Brush*>(nullptr), 0, 0, 2, 2);
+    const Gdiplus::FontFamily family(L"No Such Font Family");
+    EXPECT_EQ(
+        ledger.failures(),
+        (Numbers{{"GdipCreateFontFamilyFromName", 1}, {"GdipDrawImageI", 1}, {"GdipFillRectangleI", 2}}));
+}
+
 TEST(GdiplusLedger, TellsWhatWasStillTakenWhenGdiplusEnded) {
     const GdiplusLedger ledger;
     {

@@ -15,6 +15,7 @@ public:
 
     /// Null when the image does not import the function from that library.
     void** slotOf(const std::string& module, const Key& function) const;
+    std::vector<std::string> namesFrom(const std::string& module) const;
 
 private:
     template <typename Type>
@@ -68,6 +69,23 @@ void** Image::slotOf(const std::string& module, const Key& function) const {
     return nullptr;
 }
 
+std::vector<std::string> Image::namesFrom(const std::string& module) const {
+    std::vector<std::string> names;
+    for (const auto* library = firstImport(); library->Name != 0; ++library) {
+        if (lstrcmpiA(at<const char>(library->Name), module.c_str()) != 0) {
+            continue;
+        }
+        for (const auto* import = at<const IMAGE_THUNK_DATA>(library->OriginalFirstThunk);
+             import->u1.AddressOfData != 0;
+             ++import) {
+            if (!IMAGE_SNAP_BY_ORDINAL(import->u1.Ordinal)) {
+                names.emplace_back(at<const IMAGE_IMPORT_BY_NAME>(import->u1.AddressOfData)->Name);
+            }
+        }
+    }
+    return names;
+}
+
 void** slotOf(const wchar_t* importer, const std::string& module, const Key& function) {
     const HMODULE image = GetModuleHandleW(importer);
     void** const slot = image != nullptr ? Image(image).slotOf(module, function) : nullptr;
@@ -98,4 +116,8 @@ ImportOverride::ImportOverride(const std::string& module,
 
 ImportOverride::~ImportOverride() {
     write(slot_, original_);
+}
+
+std::vector<std::string> importedFunctions(const std::string& module) {
+    return Image(GetModuleHandleW(nullptr)).namesFrom(module);
 }

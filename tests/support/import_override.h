@@ -3,6 +3,7 @@
 #include <cstdint>
 #include <string>
 #include <utility>
+#include <vector>
 
 /// Replaces one function that this program imports, for as long as it lives: calls out of the program's own
 /// code, that of the tested layers included, go to the replacement. Calls inside the system's libraries stay
@@ -52,3 +53,7 @@ private:
     void** slot_;
     void* original_;
 };
+
+/// The names of the functions that this program imports from a library, in the table's order, without those
+/// that it imports by ordinal. `module` as for an override; empty when there is no such library.
+std::vector<std::string> importedFunctions(const std::string& module);

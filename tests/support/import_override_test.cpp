@@ -2,6 +2,7 @@
 
 #include <windows.h>
 
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <stdexcept>
@@ -43,6 +44,12 @@ TEST(ImportOverride, WhatTheProgramDoesNotImportCannotBeReplaced) {
                  std::invalid_argument);
     EXPECT_THROW(ImportOverride("user32.dll", "GetSystemMetrics", answerSeven, L"nosuch.dll"),
                  std::invalid_argument);
+}
+
+TEST(ImportOverride, ToldAreTheFunctionsThatTheProgramImportsFromALibrary) {
+    EXPECT_THAT(importedFunctions("USER32.dll"), testing::Contains("GetSystemMetrics"));
+    EXPECT_THAT(importedFunctions("user32.dll"), testing::Not(testing::Contains("CreateFileW")));
+    EXPECT_THAT(importedFunctions("nosuch.dll"), testing::IsEmpty());
 }
 
 }  // namespace

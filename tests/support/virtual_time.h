@@ -27,6 +27,10 @@ public:
     /// Passes in standby, which the performance counter counts and the unbiased interrupt time does not.
     void standBy(Milliseconds time);
 
+    /// Since the machine's start: all of it, as the performance counter has it, and without standby.
+    std::int64_t sinceStartMs() const { return sinceStart_ / 10'000; }
+    std::int64_t awakeMs() const { return awake_ / 10'000; }
+
     /// The sleeps so far, each in milliseconds.
     std::vector<double> sleptMs;
 
