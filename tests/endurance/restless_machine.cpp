@@ -102,7 +102,7 @@ void RestlessMachine::settleTo(unsigned reading) {
         setMail(account, 2);
     }
 
-    strainAudio(0, false);
+    calmDown();
     audio_.clearFailures();
     audio_.setServiceRunning(true);
     for (std::uint32_t device = 0; device < audio_.deviceCount(); ++device) {
@@ -158,6 +158,10 @@ void RestlessMachine::setMail(const wchar_t* account, DWORD count) {
 }
 
 void RestlessMachine::changeSomething(RandomSource& random) {
+    // A flood takes all of the processors, so it is rare and short.
+    if (floodThreads_ > 0 && random.chance(10)) {
+        strainAudio(0, keepsCallbacks_);
+    }
     const std::uint32_t what = random.below(100);
     if (what < 25) {
         changeCpu(random);
@@ -176,7 +180,6 @@ void RestlessMachine::changeSomething(RandomSource& random) {
     } else if (what < 98) {
         failAudio(random);
     } else {
-        // A flood takes all of the processors, so it is rare and short.
         const bool flood = floodThreads_ == 0 && random.chance(20);
         strainAudio(flood ? 1 + random.below(3) : 0, random.chance(4));
     }

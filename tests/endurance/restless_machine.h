@@ -36,6 +36,9 @@ public:
     /// Something happens: a figure changes, a device comes, goes or fails, a notice arrives.
     void changeSomething(RandomSource& random);
 
+    /// Ends what runs beside the program in threads of the stand-ins: their stacks are of this process, too.
+    void calmDown() { strainAudio(0, false); }
+
     Standins::VirtualAudio& audio() { return audio_; }
 
 private:

@@ -457,8 +457,10 @@ private:
     }
 
     void checkMemory() {
+        machine_.calmDown();
         const unsigned warmUp = std::min(kWarmUpPasses, passes_ / 2);
         const std::size_t now = privateMemoryBytes();
+        lastBytes_ = now;
         const std::uintptr_t handle = greatestOfNextHandles();
         if (pass_ <= warmUp) {
             settledBytes_ = now;
@@ -483,7 +485,7 @@ private:
             pass_,
             seconds,
             pass_ / std::max(seconds, 0.001),
-            static_cast<double>(privateMemoryBytes()) / 1024 / 1024,
+            static_cast<double>(lastBytes_) / 1024 / 1024,
             static_cast<double>(settledBytes_) / 1024 / 1024,
             static_cast<double>(greatestBytes_) / 1024 / 1024);
         std::fflush(stdout);
@@ -518,6 +520,7 @@ private:
     unsigned screenshots_ = 0;
     std::uint64_t startMs_ = 0;
     GdiplusLedger::Numbers atRest_;
+    std::size_t lastBytes_ = 0;
     std::size_t settledBytes_ = 0;
     std::size_t greatestBytes_ = 0;
     std::uintptr_t settledHandle_ = 0;
