@@ -116,7 +116,7 @@ void RestlessMachine::settleTo(unsigned reading) {
 }
 
 void RestlessMachine::setFigures(unsigned reading) {
-    const int wave = static_cast<int>(reading * 7 % 101);
+    const int wave = graphicsLoad(reading);
     clocks_.setProcessorLoad(100 - wave);
     clocks_.setMemoryLoad(20 + wave / 2);
     coreTemp_.setFigures(cpuFigures(static_cast<float>(8 + reading % 40),
@@ -124,6 +124,15 @@ void RestlessMachine::setFigures(unsigned reading) {
                                     40.0F + static_cast<float>(reading % 50),
                                     false));
     setGraphics(wave, 30 + wave / 2, 1'000'000 + reading % 1000 * 1'000, 100 - wave);
+}
+
+std::uint32_t RestlessMachine::chooseOtherSpeakers() {
+    constexpr std::uint32_t kPercent = 13;
+    constexpr float kVolume = 0.13F;
+    const std::uint32_t other = speakers_ + 1;
+    audio_.setLevels(other, {{kVolume, kVolume}, kVolume, false});
+    audio_.setDefault(AudioFlow::Render, other);
+    return kPercent;
 }
 
 void RestlessMachine::setGraphics(int load, int temperature, std::uint32_t clockKHz, int memoryLoad) {

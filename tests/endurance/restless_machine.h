@@ -33,6 +33,12 @@ public:
     /// Only the figures of settleTo().
     void setFigures(unsigned reading);
 
+    /// Percent, with the figures of a reading; the processors' load is what is left to 100.
+    static int graphicsLoad(unsigned reading) { return static_cast<int>(reading * 7 % 101); }
+
+    /// Makes another speaker the default one. Returns its volume in percent.
+    std::uint32_t chooseOtherSpeakers();
+
     /// Something happens: a figure changes, a device comes, goes or fails, a notice arrives.
     void changeSomething(RandomSource& random);
 
