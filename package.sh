@@ -13,7 +13,8 @@ source "$here/scripts/release_files.sh"
 
 usage() {
     cat <<TEXT
-Usage: ./package.sh [--release-url URL] [--sign-with CERTIFICATE [--password-file FILE] [--timestamp URL]]
+Usage: ./package.sh [--output FOLDER] [--release-url URL]
+                    [--sign-with CERTIFICATE [--password-file FILE] [--timestamp URL]]
 
 Installs the packages that are missing (Debian 12), builds the programs that are shipped, and puts into out/package/:
 
@@ -26,6 +27,7 @@ Installs the packages that are missing (Debian 12), builds the programs that are
 The version is that of project(...) in CMakeLists.txt. The same commit makes the same bytes, unless they are signed: the
 files' time is the commit's, or SOURCE_DATE_EPOCH.
 
+  --output FOLDER          instead of out/package; like that one it is emptied first, if it holds release files
   --release-url URL        the folder that the installer will be downloaded from, for the winget manifest; also
                            KELVARO_RELEASE_URL. By default one at example.com, which nobody can download from.
   --sign-with CERTIFICATE  sign programs, installer and uninstaller with this PKCS#12 file, certificate and key; also
@@ -41,7 +43,7 @@ parseOptions() {
     while (($# > 0)); do
         case "$1" in
             -h | --help) usage && exit 0 ;;
-            --release-url | --sign-with | --password-file | --timestamp)
+            --output | --release-url | --sign-with | --password-file | --timestamp)
                 [[ -n "${2:-}" ]] || fail "$1 needs a value"
                 setOption "$1" "$2"
                 shift
@@ -55,6 +57,7 @@ parseOptions() {
 # The scripts that do the work see them as variables.
 setOption() {
     case "$1" in
+        --output) package="$(realpath -m -- "$2")" ;;
         --release-url) export KELVARO_RELEASE_URL="$2" ;;
         --sign-with) export KELVARO_SIGN_CERTIFICATE="$2" ;;
         --password-file) export KELVARO_SIGN_PASSWORD_FILE="$2" ;;
@@ -74,10 +77,13 @@ checkSigning() {
     export KELVARO_SIGN_CERTIFICATE KELVARO_SIGN_PASSWORD_FILE
 }
 
-parseOptions "$@"
-checkSigning
+package="$here/out/package"
 version=''
 programs=()
+parseOptions "$@"
+checkSigning
+[[ ! -e "$package" || -f "$package/SHA256SUMS" ]] || rmdir "$package" 2>/dev/null ||
+    fail "--output: $package holds other files than a release's"
 makeOutFolder
 setReleaseTime
 ensurePackages "${KELVARO_RUN_PACKAGES[@]}" "${KELVARO_PACKAGE_PACKAGES[@]}"
@@ -90,10 +96,10 @@ if [[ -n "$(git -C "$here" status --porcelain 2>/dev/null)" ]]; then
     say "Note: the checkout has changes that are not committed; they are in the files"
 fi
 
-package="$here/out/package"
 say "Packing version $version into ${package#"$here"/}"
 rm -rf "$package"
 mkdir -p "$package"
+makeStage
 stageFiles "${programs[@]}"
 for program in "${programs[@]}"; do
     signFile "$STAGE/files/$program.exe"

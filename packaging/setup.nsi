@@ -8,7 +8,7 @@
 ; a newer version without asking. Without /D an installation that is there is replaced where it is.
 ;
 ; Exit codes of the installer, and of the uninstaller when it is started with _?=FOLDER (without it, a copy of the
-; uninstaller does the work and the exit code is lost). Silently, the reason goes to the standard output.
+; uninstaller does the work and the exit code is lost). Silently, the reason goes to the standard error.
 !define EXIT_CANCELLED 1
 !define EXIT_NOT_WRITTEN 2
 !define EXIT_RUNNING 3
@@ -99,7 +99,7 @@ Function ${un}refuse
     Exch $1 ; the reason
     ${If} ${Silent}
         System::Call 'kernel32::AttachConsole(i -1)'
-        System::Call 'kernel32::GetStdHandle(i -11) p .r2'
+        System::Call 'kernel32::GetStdHandle(i -12) p .r2'
         FileWrite $2 "$1$\r$\n"
     ${Else}
         MessageBox MB_OK|MB_ICONSTOP "$1"
@@ -122,21 +122,30 @@ Function ${un}isRunning
     ${EndIf}
 FunctionEnd
 
-; Whether it is over is the caller's to ask.
+; Waits until it is over, for some seconds; whether it is, is the caller's to ask. The mutex goes a little before the
+; process does, which has its file open until then; the process of another account may be one that must not be opened.
 Function ${un}askToEnd
     FindWindow $2 "${WINDOW_CLASS}" "${WINDOW_TITLE}"
     ${If} $2 = 0
         Return
     ${EndIf}
+    System::Call 'user32::GetWindowThreadProcessId(p r2, *i .r3)'
+    System::Call 'kernel32::OpenProcess(i 0x100000, i 0, i r3) p .r3'
     ; What Exit in the menu of its icon does: to be closed only hides the window.
     System::Call 'user32::PostMessageW(p r2, i ${WM_COMMAND}, p ${COMMAND_EXIT}, p 0)'
+    ${If} $3 <> 0
+        System::Call 'kernel32::WaitForSingleObject(p r3, i 10000)'
+        System::Call 'kernel32::CloseHandle(p r3)'
+        Return
+    ${EndIf}
     ${For} $2 1 100
-        Sleep 100
         Call ${un}isRunning
         ${If} $0 = 0
-            Return
+            ${Break}
         ${EndIf}
+        Sleep 100
     ${Next}
+    Sleep 1000
 FunctionEnd
 
 ; Goes on when Kelvaro runs no longer. With a preview window it is ended; on the LCD only its own menu can do that.

@@ -43,6 +43,13 @@ KELVARO_COVERAGE_PACKAGES=(
     gcovr
 )
 
+# What the checks of the release files need besides all that.
+KELVARO_PACKAGE_TEST_PACKAGES=(
+    openssl
+    python3-yaml
+    unzip
+)
+
 # Prints those of the given packages that are not installed, on one line.
 missingPackages() {
     local installed package absent=()

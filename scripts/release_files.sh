@@ -2,8 +2,18 @@
 # same tools: files are taken in the order of their names, with the commit's time and with modes of their own.
 # shellcheck shell=bash disable=SC2034 # version and programs are for the script that sources this
 
-# What is made on the way: files/ is what is installed, symbols/ what is not.
-STAGE="$KELVARO_ROOT/out/build/package"
+# Sets STAGE, a folder for what is made on the way: files/ is what is installed, symbols/ what is not. It goes with the
+# script, whose own clean-up therefore calls removeStage.
+makeStage() {
+    mkdir -p "$KELVARO_ROOT/out/build"
+    STAGE="$(mktemp -d "$KELVARO_ROOT/out/build/package.XXXXXX")"
+    mkdir -p "$STAGE/files" "$STAGE/symbols"
+    trap removeStage EXIT
+}
+
+removeStage() {
+    rm -rf "$STAGE"
+}
 
 # readPrograms FILE: what CMake wrote there, as `version` and `programs`.
 readPrograms() {
@@ -39,8 +49,6 @@ stageDocument() {
 # stageFiles PROGRAM...: what was built, and the documents, in folders that hold nothing else.
 stageFiles() {
     local program built="$KELVARO_ROOT/out/release"
-    rm -rf "$STAGE"
-    mkdir -p "$STAGE/files" "$STAGE/symbols"
     for program in "$@"; do
         install -m 0644 "$built/$program.exe" "$STAGE/files/"
         install -m 0644 "$built/symbols/$program.exe.debug" "$STAGE/symbols/"

@@ -1,0 +1,88 @@
+#!/usr/bin/env bash
+# Tests the installer in out/package end to end, in a Wine prefix of its own: tests/package/installer.sh [GTEST-OPTION...]
+# ./package.sh comes first.
+set -euo pipefail
+# shellcheck source=../../scripts/common.sh
+source "$(dirname "${BASH_SOURCE[0]}")/../../scripts/common.sh"
+# shellcheck source=../../scripts/build.sh
+source "$KELVARO_ROOT/scripts/build.sh"
+# shellcheck source=../../scripts/display.sh
+source "$KELVARO_ROOT/scripts/display.sh"
+# shellcheck source=../../scripts/release_files.sh
+source "$KELVARO_ROOT/scripts/release_files.sh"
+
+build="$KELVARO_ROOT/out/build/release/tests/package"
+setups="$KELVARO_ROOT/out/build/installer-test"
+version=''
+programs=()
+xvfbPid=''
+
+cleanUp() {
+    removeStage
+    "$(findWineserver)" -k 2>/dev/null || true
+    if [[ -n "$xvfbPid" ]]; then
+        kill "$xvfbPid" 2>/dev/null || true
+    fi
+    rm -rf "$WINEPREFIX"
+}
+
+windowsPath() {
+    printf '%s' "Z:${1//\//\\}"
+}
+
+# The released installer, and two of the same files that say that they are of other versions.
+makeSetups() {
+    local other
+    unzip -q -j "$KELVARO_ROOT/out/package/Kelvaro-$version-x64.zip" -d "$STAGE/files"
+    rm -rf "$setups"
+    mkdir -p "$setups"
+    cp "$KELVARO_ROOT/out/package/KelvaroSetup-$version-x64.exe" "$setups"
+    for other in 0.9.0 1000.0.0; do
+        (unset KELVARO_SIGN_CERTIFICATE && makeSetup "$other" "$setups/KelvaroSetup-$other-x64.exe")
+    done
+}
+
+# Programs look for Wine's own libraries first, unless they are told otherwise: as on Windows, those beside the program
+# come first, for all but the ones that Windows takes from its own folder in any case.
+writeSettings() {
+    local program library
+    "$KELVARO_ROOT/scripts/wine.sh" reg add 'HKCU\Software\Wine' /v Version /d win10 /f >/dev/null 2>&1
+    for program in careless_program.exe "KelvaroSetup-$version-x64.exe"; do
+        for library in "$@"; do
+            printf '[HKEY_CURRENT_USER\\Software\\Wine\\AppDefaults\\%s\\DllOverrides]\n"%s"="native,builtin"\n' \
+                "$program" "$library"
+        done
+    done >"$WINEPREFIX/overrides"
+    { printf 'REGEDIT4\n\n' && cat "$WINEPREFIX/overrides"; } >"$WINEPREFIX/overrides.reg"
+    "$KELVARO_ROOT/scripts/wine.sh" regedit /S "$(windowsPath "$WINEPREFIX/overrides.reg")" >/dev/null 2>&1
+    rm "$WINEPREFIX/overrides" "$WINEPREFIX/overrides.reg"
+}
+
+# The libraries that are planted beside the installer, as the test lists them.
+plantedNames() {
+    sed -n '/kNames = {/,/};/p' "$KELVARO_ROOT/tests/package/installer_test.cpp" | grep -o '"[a-z0-9]*"' | tr -d '"'
+}
+
+makeOutFolder
+buildPreset release installer_tests
+readPrograms "$KELVARO_ROOT/out/build/release/programs.txt"
+[[ -f "$KELVARO_ROOT/out/package/KelvaroSetup-$version-x64.exe" ]] || fail "there is no installer: ./package.sh makes it"
+setReleaseTime
+export WINEPREFIX="$KELVARO_ROOT/out/wineprefix-installer"
+setWineEnvironment
+makeStage
+trap cleanUp EXIT
+trap 'exit 130' INT TERM HUP
+makeSetups
+rm -rf "$WINEPREFIX"
+"$KELVARO_ROOT/scripts/wine_prefix.sh"
+# No folder of drive C: may be one of the user's own.
+find "$WINEPREFIX/drive_c/users" -type l -delete
+startXvfb
+mapfile -t names < <(plantedNames)
+writeSettings "${names[@]}"
+KELVARO_SETUPS="$(windowsPath "$setups")" \
+    KELVARO_SHIPPED="$(windowsPath "$STAGE/files")" \
+    KELVARO_PLANTED_LIBRARY="$(windowsPath "$build/libplanted_library.dll")" \
+    KELVARO_CARELESS_PROGRAM="$(windowsPath "$build/careless_program.exe")" \
+    "$KELVARO_ROOT/scripts/wine.sh" "$build/installer_tests.exe" "$@"

@@ -1,0 +1,516 @@
+#include <windows.h>
+
+#include <shlobj.h>
+#include <wrl/client.h>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <array>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <optional>
+#include <set>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "app/resource_ids.h"
+#include "framework/core/com_apartment.h"
+#include "framework/core/command_codes.h"
+#include "tests/e2e/desktop_fixture.h"
+#include "tests/e2e/kelvaro_on_keyboard.h"
+#include "tests/package/machine_state.h"
+#include "tests/support/child_process.h"
+#include "tests/support/installation.h"
+#include "tests/support/lcd_registration.h"
+#include "tests/support/temporary_folder.h"
+
+// The installer on a machine of its own, which tests/package/installer.sh makes.
+
+namespace {
+
+using namespace std::chrono_literals;
+using testing::HasSubstr;
+
+constexpr wchar_t kVersion[] = L"" KELVARO_VERSION;
+constexpr wchar_t kOlderVersion[] = L"0.9.0";
+constexpr wchar_t kNewerVersion[] = L"1000.0.0";
+
+constexpr wchar_t kUninstallKey[] = L"Software\\Microsoft\\Windows\\CurrentVersion\\Uninstall\\Kelvaro";
+constexpr wchar_t kStartMenu[] = L"C:\\ProgramData\\Microsoft\\Windows\\Start Menu\\Programs\\Kelvaro";
+constexpr wchar_t kUsualFolder[] = L"C:\\Program Files\\Kelvaro";
+
+// Exit codes of the installer and the uninstaller.
+constexpr DWORD kDone = 0;
+constexpr DWORD kRunning = 3;
+constexpr DWORD kNewerInstalled = 4;
+constexpr DWORD kUnsuitableFolder = 5;
+constexpr DWORD kOldWindows = 6;
+
+std::wstring environment(const wchar_t* name) {
+    const wchar_t* const value = _wgetenv(name);
+    EXPECT_NE(value, nullptr) << "tests/package/installer.sh starts this program";
+    return value != nullptr ? value : L"";
+}
+
+/// The installer of a version; those of other versions hold the same files.
+std::wstring setupOf(const std::wstring& version) {
+    return environment(L"KELVARO_SETUPS") + L"\\KelvaroSetup-" + version + L"-x64.exe";
+}
+
+/// Names of what the release installs, without the uninstaller.
+std::set<std::wstring> shippedFiles() {
+    std::set<std::wstring> names;
+    for (const auto& entry : std::filesystem::directory_iterator(environment(L"KELVARO_SHIPPED"))) {
+        names.insert(entry.path().filename().wstring());
+    }
+    return names;
+}
+
+std::set<std::wstring> filesIn(const std::wstring& folder) {
+    std::set<std::wstring> names;
+    std::error_code missing;
+    for (const auto& entry : std::filesystem::directory_iterator(folder, missing)) {
+        names.insert(entry.path().filename().wstring());
+    }
+    return names;
+}
+
+std::string bytesOf(const std::wstring& path) {
+    std::ifstream file(std::filesystem::path(path), std::ios::binary);
+    return {std::istreambuf_iterator<char>(file), {}};
+}
+
+void writeFile(const std::wstring& path) {
+    std::ofstream(std::filesystem::path(path)) << "the user's own";
+}
+
+std::optional<std::wstring> installed(const wchar_t* value) {
+    std::array<wchar_t, 1024> text{};
+    DWORD bytes = sizeof(text);
+    if (RegGetValueW(HKEY_LOCAL_MACHINE, kUninstallKey, value, RRF_RT_REG_SZ, nullptr, text.data(), &bytes) !=
+        ERROR_SUCCESS) {
+        return std::nullopt;
+    }
+    return std::wstring(text.data());
+}
+
+/// What a shortcut starts, with its arguments.
+std::pair<std::wstring, std::wstring> shortcut(const std::wstring& path) {
+    const Panelix::ComApartment com;
+    Microsoft::WRL::ComPtr<IShellLinkW> link;
+    Microsoft::WRL::ComPtr<IPersistFile> file;
+    std::array<wchar_t, MAX_PATH> target{};
+    std::array<wchar_t, 1024> arguments{};
+    if (FAILED(CoCreateInstance(CLSID_ShellLink, nullptr, CLSCTX_ALL, IID_PPV_ARGS(&link))) ||
+        FAILED(link.As(&file)) || FAILED(file->Load(path.c_str(), STGM_READ))) {
+        return {};
+    }
+    link->GetPath(target.data(), static_cast<int>(target.size()), nullptr, SLGP_RAWPATH);
+    link->GetArguments(arguments.data(), static_cast<int>(arguments.size()));
+    return {target.data(), arguments.data()};
+}
+
+/// How a program that was started ended.
+struct Outcome {
+    std::optional<DWORD> code;
+    std::string words;
+};
+
+Outcome runProgram(const std::wstring& program, const std::wstring& arguments) {
+    const TemporaryFolder folder;
+    const std::wstring words = folder.path() + L"\\words";
+    Outcome outcome;
+    {
+        SECURITY_ATTRIBUTES inheritable{sizeof(inheritable), nullptr, TRUE};
+        const Panelix::UniqueFile file(CreateFileW(words.c_str(),
+                                                   GENERIC_WRITE,
+                                                   FILE_SHARE_READ,
+                                                   &inheritable,
+                                                   CREATE_ALWAYS,
+                                                   FILE_ATTRIBUTE_NORMAL,
+                                                   nullptr));
+        const ChildProcess process(program, arguments, file.get());
+        outcome.code = process.waitForExit(60s);
+    }
+    outcome.words = bytesOf(words);
+    return outcome;
+}
+
+/// Installs silently; `arguments` are further ones, the folder last.
+Outcome install(const std::wstring& version, const std::wstring& arguments = {}) {
+    return runProgram(setupOf(version), L"/S " + arguments);
+}
+
+/// What the machine held before anything was installed. The system has made by then what it makes when a
+/// program runs for the first time.
+struct Machine : testing::Environment {
+    void SetUp() override {
+        {
+            const CleanProgramEntries entries;
+            const LcdRegistrationScope noLcd(L"");
+            CleanProgramEntries::setInstallFolder(L"");
+            const ChildProcess kelvaro(kKelvaroProgram);
+            PostMessageW(waitForPreview(kelvaro), WM_COMMAND, Panelix::kCommandShow, 0);
+            PostMessageW(waitForPreview(kelvaro), WM_COMMAND, Panelix::kCommandExit, 0);
+            EXPECT_EQ(kelvaro.waitForExit(), DWORD{0});
+        }
+        registry = registryContents();
+        files = filesOnDrive();
+    }
+
+    RegistryContents registry;
+    std::set<std::wstring> files;
+};
+
+const Machine* const kMachine =
+    static_cast<Machine*>(testing::AddGlobalTestEnvironment(std::make_unique<Machine>().release()));
+
+/// A machine on which nothing is installed, and on which nothing of it may be left after the test.
+class Installer : public testing::Test {
+protected:
+    void TearDown() override {
+        if (installed(L"UninstallString")) {
+            uninstall();
+        }
+        EXPECT_EQ(differences(kMachine->registry, registryContents()), L"");
+        EXPECT_EQ(differences(kMachine->files, filesOnDrive()), L"");
+    }
+
+    /// As Windows does, which does not see the end: a copy of the uninstaller does the work.
+    static void uninstall() {
+        const std::wstring folder = installed(L"InstallLocation").value_or(L"");
+        std::wstring line = installed(L"QuietUninstallString").value_or(L"");
+        STARTUPINFOW startup{};
+        startup.cb = sizeof(startup);
+        PROCESS_INFORMATION started{};
+        ASSERT_NE(CreateProcessW(
+                      nullptr, line.data(), nullptr, nullptr, FALSE, 0, nullptr, nullptr, &startup, &started),
+                  FALSE)
+            << "error " << GetLastError();
+        CloseHandle(started.hThread);
+        CloseHandle(started.hProcess);
+        EXPECT_TRUE(waitFor([&] { return !installed(L"UninstallString"); }, 30s));
+        // The files go last.
+        EXPECT_TRUE(waitFor([&] { return !filesIn(folder).contains(L"Uninstall.exe"); }));
+        Sleep(kRestMs);
+    }
+
+    static void expectInstalled(const std::wstring& version, const std::wstring& folder) {
+        std::set<std::wstring> names = shippedFiles();
+        names.insert(L"Uninstall.exe");
+        EXPECT_EQ(filesIn(folder), names);
+        EXPECT_EQ(installed(L"DisplayVersion"), version);
+        EXPECT_EQ(installed(L"InstallLocation"), folder);
+        EXPECT_EQ(shortcut(std::wstring(kStartMenu) + L"\\Kelvaro.lnk").first, folder + L"\\Kelvaro.exe");
+    }
+
+    /// From the last file to the end of the uninstaller.
+    static constexpr DWORD kRestMs = 500;
+
+    CleanProgramEntries entries;
+    LcdRegistrationScope noLcd{L""};
+};
+
+/// The installed program, running in desktop mode.
+class RunningProgram {
+public:
+    explicit RunningProgram(const std::wstring& folder)
+        : process(folder + L"\\Kelvaro.exe"),
+          window(waitForPreview(process)) {
+        EXPECT_NE(window, nullptr);
+    }
+
+    HWND openSettings() const {
+        PostMessageW(window, WM_COMMAND, Panelix::kCommandSettings, 0);
+        return waitForVisibleWindow(process.id(), L"#32770", L"Settings");
+    }
+
+    /// What a user does who wants it to start with Windows.
+    void startWithWindows(const std::wstring& delay) const {
+        const HWND dialog = openSettings();
+        ASSERT_NE(dialog, nullptr);
+        SendDlgItemMessageW(dialog, IDC_AUTOSTART, BM_CLICK, 0, 0);
+        typeText(dialog, IDC_DELAY, delay);
+        pressButton(dialog, IDC_SAVE);
+        EXPECT_TRUE(waitUntilGone(dialog));
+    }
+
+    ChildProcess process;
+    HWND window;
+};
+
+TEST_F(Installer, LeavesExactlyTheseFilesEntriesAndShortcuts) {
+    ASSERT_EQ(install(kVersion).code, kDone);
+    expectInstalled(kVersion, kUsualFolder);
+    for (const std::wstring& name : shippedFiles()) {
+        EXPECT_EQ(bytesOf(std::wstring(kUsualFolder) + L"\\" + name),
+                  bytesOf(environment(L"KELVARO_SHIPPED") + L"\\" + name));
+    }
+
+    std::set<std::wstring> files = kMachine->files;
+    files.insert({kUsualFolder, kStartMenu, std::wstring(kStartMenu) + L"\\Kelvaro.lnk"});
+    files.insert(std::wstring(kUsualFolder) + L"\\Uninstall.exe");
+    for (const std::wstring& name : shippedFiles()) {
+        files.insert(std::wstring(kUsualFolder) + L"\\" + name);
+    }
+    if (shippedFiles().contains(L"KelvaroReport.exe")) {
+        const std::wstring link = std::wstring(kStartMenu) + L"\\Kelvaro report.lnk";
+        files.insert(link);
+        EXPECT_EQ(shortcut(link),
+                  std::make_pair(std::wstring(L"C:\\windows\\system32\\cmd.exe"),
+                                 L"/d /k \"\"" + std::wstring(kUsualFolder) + L"\\KelvaroReport.exe\"\""));
+    }
+    EXPECT_EQ(differences(files, filesOnDrive()), L"");
+
+    RegistryContents registry = registryContents();
+    const std::wstring uninstallKey =
+        L"HKLM\\Software\\Microsoft\\Windows\\CurrentVersion\\Uninstall\\Kelvaro\\";
+    // A number of KiB, little-endian.
+    const std::wstring size = std::exchange(registry[uninstallKey + L"EstimatedSize"], L"");
+    RegistryContents expected = kMachine->registry;
+    const std::wstring nul(1, L'\0');
+    const auto text = [&nul](const std::wstring& value) { return L"1:" + value + nul; };
+    const std::wstring folder = kUsualFolder;
+    expected[L"HKLM\\Software\\Kelvaro\\"];
+    expected[L"HKLM\\Software\\Kelvaro\\InstallDir"] = text(folder);
+    expected[uninstallKey];
+    expected[uninstallKey + L"DisplayName"] = text(L"Kelvaro");
+    expected[uninstallKey + L"DisplayVersion"] = text(kVersion);
+    expected[uninstallKey + L"Publisher"] = text(L"The Kelvaro developers");
+    expected[uninstallKey + L"DisplayIcon"] = text(folder + L"\\Kelvaro.exe");
+    expected[uninstallKey + L"InstallLocation"] = text(folder);
+    expected[uninstallKey + L"UninstallString"] = text(L"\"" + folder + L"\\Uninstall.exe\"");
+    expected[uninstallKey + L"QuietUninstallString"] = text(L"\"" + folder + L"\\Uninstall.exe\" /S");
+    expected[uninstallKey + L"EstimatedSize"];
+    expected[uninstallKey + L"NoModify"] = L"4:01000000";
+    expected[uninstallKey + L"NoRepair"] = L"4:01000000";
+    EXPECT_EQ(differences(expected, registry), L"");
+
+    std::uintmax_t bytes = 0;
+    for (const auto& entry : std::filesystem::directory_iterator(folder)) {
+        bytes += entry.file_size();
+    }
+    ASSERT_EQ(size.size(), 10U) << "a REG_DWORD";
+    const unsigned long kib = std::stoul(
+        size.substr(8, 2) + size.substr(6, 2) + size.substr(4, 2) + size.substr(2, 2), nullptr, 16);
+    EXPECT_NEAR(static_cast<double>(kib), static_cast<double>(bytes) / 1024, 100);
+}
+
+TEST_F(Installer, WhatItInstalledFindsItselfForTheStartWithWindowsAndIsEndedToBeUninstalled) {
+    ASSERT_EQ(install(kVersion).code, kDone);
+    const RunningProgram kelvaro(kUsualFolder);
+    kelvaro.startWithWindows(L"15");
+    EXPECT_EQ(runValue(), L"\"C:\\Program Files\\Kelvaro\\Kelvaro.exe\" -delay15");
+    uninstall();
+    EXPECT_EQ(kelvaro.process.waitForExit(), DWORD{0});
+    EXPECT_EQ(runValue(), std::nullopt);
+}
+
+TEST_F(Installer, ReplacesAnOlderVersionInItsFolderAndEndsTheProgramInDesktopMode) {
+    const std::wstring folder = L"C:\\my tools\\Kelvaro 1";
+    ASSERT_EQ(install(kOlderVersion, L"/D=" + folder).code, kDone);
+    expectInstalled(kOlderVersion, folder);
+    const RunningProgram kelvaro(folder);
+    kelvaro.startWithWindows(L"");
+    PostMessageW(kelvaro.window, WM_COMMAND, Panelix::kCommandShow, 0);
+    ASSERT_NE(kelvaro.openSettings(), nullptr) << "an open dialog does not keep it";
+
+    EXPECT_EQ(install(kVersion).code, kDone);
+    EXPECT_EQ(kelvaro.process.waitForExit(), DWORD{0});
+    expectInstalled(kVersion, folder);
+    EXPECT_EQ(runValue(), L"\"" + folder + L"\\Kelvaro.exe\"");
+    uninstall();
+    RemoveDirectoryW(L"C:\\my tools");
+}
+
+TEST_F(Installer, MovesAnOlderVersionToTheFolderThatIsAskedFor) {
+    const std::wstring old = L"C:\\old";
+    const std::wstring folder = L"C:\\new";
+    ASSERT_EQ(install(kOlderVersion, L"/D=" + old).code, kDone);
+    writeFile(old + L"\\notes.txt");
+    CleanProgramEntries::setRunValue(L"\"" + old + L"\\Kelvaro.exe\" -delay7");
+    EXPECT_EQ(install(kVersion, L"/D=" + folder).code, kDone);
+    expectInstalled(kVersion, folder);
+    EXPECT_EQ(runValue(), L"\"" + folder + L"\\Kelvaro.exe\" -delay7");
+    EXPECT_EQ(filesIn(old), std::set<std::wstring>{L"notes.txt"});
+    std::filesystem::remove_all(old);
+}
+
+TEST_F(Installer, ReplacesANewerVersionOnlyWhenAsked) {
+    ASSERT_EQ(install(kNewerVersion).code, kDone);
+    const Outcome refused = install(kVersion);
+    EXPECT_EQ(refused.code, kNewerInstalled);
+    EXPECT_THAT(refused.words, HasSubstr("A newer version, 1000.0.0, is installed"));
+    expectInstalled(kNewerVersion, kUsualFolder);
+    EXPECT_EQ(install(kVersion, L"/ALLOWDOWNGRADE").code, kDone);
+    expectInstalled(kVersion, kUsualFolder);
+}
+
+TEST_F(Installer, TakesAFolderThatTheAnsiCodePageHas) {
+    const std::wstring folder = L"C:\\\u00dcbung und Gr\u00f6\u00dfe";
+    ASSERT_EQ(install(kVersion, L"/D=" + folder + L"\\").code, kDone);
+    expectInstalled(kVersion, folder);
+    const RunningProgram kelvaro(folder);
+    kelvaro.startWithWindows(L"3");
+    EXPECT_EQ(runValue(), L"\"" + folder + L"\\Kelvaro.exe\" -delay3");
+}
+
+TEST_F(Installer, RefusesAFolderThatTheProgramCouldNotUse) {
+    const std::wstring longest = L"C:\\" + std::wstring(100, L'a') + L'\\' + std::wstring(131, L'b');
+    ASSERT_EQ(longest.size(), 235U);
+    for (const std::wstring& folder : {
+             std::wstring(L"C:\\\u0416"),  // not in the code page
+             std::wstring(L"C:\\\u0100"),  // in it as another letter only
+             std::wstring(L"C:\\"),
+             std::wstring(L"C:"),
+             std::wstring(L"\"C:\\quoted\""),
+             longest + L"b",
+         }) {
+        const Outcome refused = install(kVersion, L"/D=" + folder);
+        EXPECT_EQ(refused.code, kUnsuitableFolder);
+        EXPECT_THAT(refused.words, HasSubstr("folder"));
+        EXPECT_EQ(installed(L"DisplayVersion"), std::nullopt);
+    }
+    ASSERT_EQ(install(kVersion, L"/D=" + longest).code, kDone);
+    const RunningProgram kelvaro(longest);
+    kelvaro.startWithWindows(L"999");
+    EXPECT_EQ(runValue(), L"\"" + longest + L"\\Kelvaro.exe\" -delay999");
+    const HWND dialog = kelvaro.openSettings();
+    EXPECT_TRUE(waitFor([dialog] { return textOf(GetDlgItem(dialog, IDC_DELAY)) == L"999"; }))
+        << "is read back";
+    uninstall();
+    std::filesystem::remove_all(L"C:\\" + std::wstring(100, L'a'));
+}
+
+TEST_F(Installer, LeavesWhatIsNotItsOwn) {
+    ASSERT_EQ(install(kVersion).code, kDone);
+    const std::wstring note = std::wstring(kUsualFolder) + L"\\notes.txt";
+    writeFile(note);
+    const std::wstring elsewhere = L"\"C:\\Program Files\\Kelvaro 2\\Kelvaro.exe\"";
+    CleanProgramEntries::setRunValue(elsewhere);
+    uninstall();
+    EXPECT_EQ(filesIn(kUsualFolder), std::set<std::wstring>{L"notes.txt"});
+    EXPECT_EQ(runValue(), elsewhere);
+    RegDeleteKeyValueW(HKEY_CURRENT_USER, kRunKey, L"Kelvaro");
+    std::filesystem::remove_all(kUsualFolder);
+}
+
+TEST_F(Installer, DoesNotReplaceAFileThatAnotherUserRuns) {
+    ASSERT_EQ(install(kOlderVersion).code, kDone);
+    {
+        // The mutex of another session is not seen; the file is in use all the same.
+        const Panelix::UniqueFile file(CreateFileW(L"C:\\Program Files\\Kelvaro\\Kelvaro.exe",
+                                                   GENERIC_READ,
+                                                   FILE_SHARE_READ,
+                                                   nullptr,
+                                                   OPEN_EXISTING,
+                                                   FILE_ATTRIBUTE_NORMAL,
+                                                   nullptr));
+        const Outcome refused = install(kVersion);
+        EXPECT_EQ(refused.code, kRunning);
+        EXPECT_THAT(refused.words, HasSubstr("is in use"));
+        const Outcome kept = runProgram(std::wstring(kUsualFolder) + L"\\Uninstall.exe",
+                                        L"/S _?=" + std::wstring(kUsualFolder));
+        EXPECT_EQ(kept.code, kRunning);
+        EXPECT_THAT(kept.words, HasSubstr("is in use"));
+    }
+    expectInstalled(kOlderVersion, kUsualFolder);
+}
+
+TEST_F(Installer, RefusesAWindowsBeforeItsTime) {
+    constexpr wchar_t kSettings[] = L"Software\\Wine\\AppDefaults\\KelvaroSetup-" KELVARO_VERSION L"-x64.exe";
+    RegSetKeyValueW(HKEY_CURRENT_USER, kSettings, L"Version", REG_SZ, L"win7", sizeof(L"win7"));
+    const Outcome refused = install(kVersion);
+    RegDeleteKeyValueW(HKEY_CURRENT_USER, kSettings, L"Version");
+    EXPECT_EQ(refused.code, kOldWindows);
+    EXPECT_THAT(refused.words, HasSubstr("Kelvaro needs Windows 8 or later"));
+}
+
+/// With a folder in which libraries lie whose names programs look for.
+class InstallerAmongLibraries : public Installer {
+protected:
+    InstallerAmongLibraries() {
+        const std::wstring library = environment(L"KELVARO_PLANTED_LIBRARY");
+        for (const wchar_t* const name : kNames) {
+            std::filesystem::copy_file(library, folder.path() + L"\\" + name + L".dll");
+        }
+    }
+
+    /// Puts a program into the folder. Wine looks for its own libraries first, which Windows does not.
+    std::wstring place(const std::wstring& program) {
+        const std::wstring path = folder.path() + L"\\" + std::filesystem::path(program).filename().wstring();
+        std::filesystem::copy_file(program, path);
+        return path;
+    }
+
+    std::set<std::wstring> loaded() const {
+        std::set<std::wstring> names;
+        for (const std::wstring& file : folder.files()) {
+            if (file.ends_with(L".dll.loaded")) {
+                names.insert(file.substr(0, file.find(L'.')));
+            }
+        }
+        return names;
+    }
+
+    /// Not those that Windows takes from its own folder in any case, nor the two that Wine's user32 loads
+    /// from anywhere, before the program can object: version and uxtheme.
+    static constexpr std::array kNames = {
+        L"apphelp", L"clbcatq",  L"cryptbase", L"cryptsp",  L"dwmapi",   L"edputil",  L"iphlpapi",
+        L"mpr",     L"msimg32",  L"msftedit",  L"netapi32", L"ntmarta",  L"oleacc",   L"profapi",
+        L"propsys", L"riched20", L"riched32",  L"secur32",  L"setupapi", L"shfolder", L"srvcli",
+        L"urlmon",  L"userenv",  L"usp10",     L"winmm",    L"wtsapi32",
+    };
+    TemporaryFolder folder;
+};
+
+TEST_F(InstallerAmongLibraries, LoadsNoneOfThem) {
+    std::wstring names;
+    for (const wchar_t* const name : kNames) {
+        names += std::wstring(L" ") + name;
+    }
+    EXPECT_EQ(runProgram(place(environment(L"KELVARO_CARELESS_PROGRAM")), names).code, DWORD{0});
+    EXPECT_EQ(loaded().size(), kNames.size()) << "what a program without care loads";
+    for (const std::wstring& name : loaded()) {
+        DeleteFileW((folder.path() + L"\\" + name + L".dll.loaded").c_str());
+    }
+
+    EXPECT_EQ(runProgram(place(setupOf(kVersion)), L"/S").code, kDone);
+    EXPECT_EQ(loaded(), std::set<std::wstring>{});
+    expectInstalled(kVersion, kUsualFolder);
+}
+
+/// The same machine, with a keyboard that the program shows itself on.
+class InstallerWithKeyboard : public KelvaroOnTheKeyboard {};
+
+TEST_F(InstallerWithKeyboard, RefusesToEndTheProgramOnTheLcd) {
+    const CleanProgramEntries entries;
+    ASSERT_EQ(install(kOlderVersion).code, kDone);
+    const ChildProcess kelvaro(std::wstring(kUsualFolder) + L"\\Kelvaro.exe");
+    ASSERT_TRUE(waitForPasses(5));
+
+    const Outcome refused = install(kVersion);
+    EXPECT_EQ(refused.code, kRunning);
+    EXPECT_THAT(refused.words, HasSubstr("End it there first: Exit Applet on its options page."));
+    const Outcome kept =
+        runProgram(std::wstring(kUsualFolder) + L"\\Uninstall.exe", L"/S _?=" + std::wstring(kUsualFolder));
+    EXPECT_EQ(kept.code, kRunning);
+    EXPECT_TRUE(kelvaro.isRunning());
+    EXPECT_EQ(installed(L"DisplayVersion"), kOlderVersion);
+
+    exitByButtons();
+    EXPECT_EQ(kelvaro.waitForExit(), DWORD{0});
+    EXPECT_EQ(install(kVersion).code, kDone);
+    EXPECT_EQ(installed(L"DisplayVersion"), kVersion);
+    const Outcome gone =
+        runProgram(std::wstring(kUsualFolder) + L"\\Uninstall.exe", L"/S _?=" + std::wstring(kUsualFolder));
+    EXPECT_EQ(gone.code, kDone);
+    EXPECT_EQ(installed(L"DisplayVersion"), std::nullopt);
+    std::filesystem::remove_all(kUsualFolder);
+}
+
+}  // namespace
