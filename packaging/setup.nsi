@@ -213,11 +213,20 @@ Function ${un}stripFolder
     ${EndWhile}
 FunctionEnd
 
-; Removes from the folder $0 what was installed, and the folder when nothing else is in it.
+; Removes from the folder $0 what was installed, and the folder when nothing else is in it. The file of a program that
+; has just ended can be in use, or be there, for a moment longer.
 Function ${un}removeFiles
-    !include "${LISTS}/uninstall.nsh"
-    Delete "$0\Uninstall.exe"
-    RMDir "$0"
+    ${For} $2 1 50
+        !include "${LISTS}/uninstall.nsh"
+        Delete "$0\Uninstall.exe"
+        RMDir "$0"
+        ${DirState} "$0" $1
+        ${If} $1 <> 0 ; not empty, or gone
+        ${AndIfNot} ${FileExists} "$0\Kelvaro.exe"
+            Return
+        ${EndIf}
+        Sleep 100
+    ${Next}
 FunctionEnd
 
 !macroend
