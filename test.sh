@@ -23,8 +23,12 @@ Installs the packages that are missing (Debian 12) and runs, one after the other
 Each of the checks counts as one test. The exit code is 0 when everything passed, and tests ran in every part. A
 summary says how many seconds each part took.
 
-  --all            the slow checks as well: the long forms of the tests that have one, and tidy, clang-tidy over the
-                   sources of the program and the stand-ins
+  --all            the slow checks as well: the long forms of the tests that have one, and
+                     tidy        clang-tidy over the sources of the program and the stand-ins
+                     package     the release files, as ./package.sh makes them
+                     installer   the installer from end to end, in a Wine prefix of its own
+                     signing     release files that are signed with a certificate made for it
+                     same bytes  the release files of two clean clones, compared
   --filter REGEX   only the tests whose names match; without the checks that are no tests
   --help           print this
 
@@ -33,7 +37,7 @@ TEXT
 }
 
 # What only --all runs, after everything else: functions that report. The long forms of tests see KELVARO_ALL=1.
-slowChecks=(checkTidy)
+slowChecks=(checkTidy checkPackage checkInstaller checkSigning checkSameBytes)
 
 all=0
 filter=''
@@ -109,6 +113,39 @@ checkTidy() {
     else
         report 0 1 "see the findings above"
     fi
+}
+
+# Whether the sums are right, and the winget manifest, whose installer has one of them.
+checkPackage() {
+    beginPart package "Making the release files"
+    if "$here/package.sh" && (cd "$here/out/package" && sha256sum --quiet -c SHA256SUMS) &&
+        "$here/scripts/check_winget.py" "$here/out/package"; then
+        report 1 0
+    else
+        report 0 1 "see above"
+    fi
+}
+
+# checkByScript PART TITLE SCRIPT
+checkByScript() {
+    beginPart "$1" "$2"
+    if "$here/tests/package/$3"; then
+        report 1 0
+    else
+        report 0 1 "see above"
+    fi
+}
+
+checkInstaller() {
+    checkByScript installer "Installing, upgrading and uninstalling" installer.sh
+}
+
+checkSigning() {
+    checkByScript signing "Signing the release files" signing.sh
+}
+
+checkSameBytes() {
+    checkByScript "same bytes" "Making the release files of two clean clones" same_bytes.sh
 }
 
 # buildPart NAME PRESET
@@ -228,6 +265,9 @@ trap cleanUp EXIT
 trap 'exit 130' INT TERM HUP
 beginPart packages "Looking for the packages"
 ensurePackages "${KELVARO_RUN_PACKAGES[@]}" "${KELVARO_TEST_PACKAGES[@]}"
+if ((all)); then
+    ensurePackages "${KELVARO_PACKAGE_PACKAGES[@]}" "${KELVARO_SIGN_PACKAGES[@]}" "${KELVARO_PACKAGE_TEST_PACKAGES[@]}"
+fi
 reportLine
 
 if [[ -z "$filter" ]]; then
