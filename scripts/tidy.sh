@@ -3,6 +3,8 @@
 set -euo pipefail
 # shellcheck source=common.sh
 source "$(dirname "${BASH_SOURCE[0]}")/common.sh"
+# shellcheck source=clang_target.sh
+source "$KELVARO_ROOT/scripts/clang_target.sh"
 
 usage() {
     cat <<TEXT
@@ -12,21 +14,6 @@ Checks the given sources, or all of app/, framework/, stats/, pages/ and standin
 build folder (default: out/build/release, which must be configured). What was checked before and has not changed
 since, neither in itself nor in a header of ours, is not checked again.
 TEXT
-}
-
-# clang stands in for the cross compiler: the same target and the same C++ library, with clang's own intrinsics.
-clangArguments() {
-    local gcc=x86_64-w64-mingw32-g++-posix version includes
-    version="$("$gcc" -dumpfullversion)"
-    includes="$(dirname "$("$gcc" -print-libgcc-file-name)")/include/c++"
-    [[ -d "$includes" ]] || fail "the headers of $gcc $version are not in $includes"
-    printf '%s\n' \
-        --target=x86_64-w64-mingw32 \
-        -nostdinc++ \
-        -isystem "$includes" \
-        -isystem "$includes/x86_64-w64-mingw32" \
-        -isystem /usr/x86_64-w64-mingw32/include \
-        -Wno-unknown-warning-option
 }
 
 build="$KELVARO_ROOT/out/build/release"
@@ -59,7 +46,7 @@ fi
 stamps="$build/tidy"
 mkdir -p "$stamps"
 common="$(find app framework stats pages standins -name '*.h' -print0 | sort -z |
-    xargs -0 cat .clang-tidy scripts/tidy.sh cmake/options.cmake | cksum)"
+    xargs -0 cat .clang-tidy scripts/tidy.sh scripts/clang_target.sh cmake/options.cmake | cksum)"
 
 # Prints the findings of one file and fails when there are any.
 checkFile() {
