@@ -25,6 +25,11 @@ summary says how many seconds each part took.
 
   --all            the slow checks as well: the long forms of the tests that have one, and
                      tidy        clang-tidy over the sources of the program and the stand-ins
+                     cppcheck    cppcheck over the same sources
+                     analyzer    the compiler's own analyzer over the program
+                     clang       the program compiled by a second compiler, clang, with nearly all of its warnings
+                     shellcheck  all scripts
+                     fuzz        each libFuzzer target for 20 seconds
                      package     the release files, as ./package.sh makes them
                      installer   the installer from end to end, in a Wine prefix of its own
                      signing     release files that are signed with a certificate made for it
@@ -36,8 +41,20 @@ The Wine prefix is WINEPREFIX, or out/wineprefix-test when that is not set: test
 TEXT
 }
 
-# What only --all runs, after everything else: functions that report. The long forms of tests see KELVARO_ALL=1.
-slowChecks=(checkTidy checkPackage checkInstaller checkSigning checkSameBytes)
+# What only --all runs, after everything else: part, what is said of it, script with its arguments. The long forms of
+# tests see KELVARO_ALL=1.
+slowChecks=(
+    "tidy|Running clang-tidy|scripts/tidy.sh"
+    "cppcheck|Running cppcheck|scripts/cppcheck.sh"
+    "analyzer|Running the compiler's analyzer|scripts/analyzer.sh"
+    "clang|Compiling with clang|scripts/second_compiler.sh"
+    "shellcheck|Checking the scripts|scripts/shellcheck.sh"
+    "fuzz|Feeding the libFuzzer targets|scripts/fuzz.sh --seconds 20"
+    "package|Making the release files|tests/package/release_files.sh"
+    "installer|Installing, upgrading and uninstalling|tests/package/installer.sh"
+    "signing|Signing the release files|tests/package/signing.sh"
+    "same bytes|Making the release files of two clean clones|tests/package/same_bytes.sh"
+)
 
 all=0
 filter=''
@@ -97,55 +114,23 @@ checkFormat() {
     fi
 }
 
-checkLayers() {
-    beginPart layers "Checking the direction of the includes"
-    if "$here/scripts/check_layers.sh"; then
-        report 1 0
-    else
-        report 0 1 "the includes above are against the direction of the layers"
-    fi
-}
-
-checkTidy() {
-    beginPart tidy "Running clang-tidy"
-    if "$here/scripts/tidy.sh"; then
+# checkByScript PART WHAT SCRIPT [ARGUMENT...]: a check that a script makes, and that passes with exit code 0.
+checkByScript() {
+    beginPart "$1" "$2"
+    if "$here/$3" "${@:4}"; then
         report 1 0
     else
         report 0 1 "see the findings above"
     fi
 }
 
-# Whether the sums are right, and the winget manifest, whose installer has one of them.
-checkPackage() {
-    beginPart package "Making the release files"
-    if "$here/package.sh" && (cd "$here/out/package" && sha256sum --quiet -c SHA256SUMS) &&
-        "$here/scripts/check_winget.py" "$here/out/package"; then
-        report 1 0
-    else
-        report 0 1 "see above"
-    fi
-}
-
-# checkByScript PART TITLE SCRIPT
-checkByScript() {
-    beginPart "$1" "$2"
-    if "$here/tests/package/$3"; then
-        report 1 0
-    else
-        report 0 1 "see above"
-    fi
-}
-
-checkInstaller() {
-    checkByScript installer "Installing, upgrading and uninstalling" installer.sh
-}
-
-checkSigning() {
-    checkByScript signing "Signing the release files" signing.sh
-}
-
-checkSameBytes() {
-    checkByScript "same bytes" "Making the release files of two clean clones" same_bytes.sh
+runSlowChecks() {
+    local check part what command words
+    for check in "${slowChecks[@]}"; do
+        IFS='|' read -r part what command <<<"$check"
+        read -ra words <<<"$command"
+        checkByScript "$part" "$what" "${words[@]}"
+    done
 }
 
 # buildPart NAME PRESET
@@ -264,15 +249,17 @@ makeOutFolder
 trap cleanUp EXIT
 trap 'exit 130' INT TERM HUP
 beginPart packages "Looking for the packages"
-ensurePackages "${KELVARO_RUN_PACKAGES[@]}" "${KELVARO_TEST_PACKAGES[@]}"
+packages=("${KELVARO_RUN_PACKAGES[@]}" "${KELVARO_TEST_PACKAGES[@]}")
 if ((all)); then
-    ensurePackages "${KELVARO_PACKAGE_PACKAGES[@]}" "${KELVARO_SIGN_PACKAGES[@]}" "${KELVARO_PACKAGE_TEST_PACKAGES[@]}"
+    packages+=("${KELVARO_CHECK_PACKAGES[@]}" "${KELVARO_PACKAGE_PACKAGES[@]}" "${KELVARO_SIGN_PACKAGES[@]}"
+        "${KELVARO_PACKAGE_TEST_PACKAGES[@]}")
 fi
+ensurePackages "${packages[@]}"
 reportLine
 
 if [[ -z "$filter" ]]; then
     checkFormat
-    checkLayers
+    checkByScript layers "Checking the direction of the includes" scripts/check_layers.sh
 fi
 if buildPart host host; then
     runTests host host
@@ -283,9 +270,7 @@ if buildPart wine release; then
     runTests wine release -j"$((2 * $(nproc)))"
 fi
 if ((all)) && [[ -z "$filter" ]]; then
-    for check in "${slowChecks[@]}"; do
-        "$check"
-    done
+    runSlowChecks
 fi
 
 say "Summary after $((SECONDS / 60)) min $((SECONDS % 60)) s"
