@@ -10,6 +10,8 @@ source "$here/scripts/packages.sh"
 source "$here/scripts/build.sh"
 # shellcheck source=scripts/display.sh
 source "$here/scripts/display.sh"
+# shellcheck source=scripts/wine_session.sh
+source "$here/scripts/wine_session.sh"
 
 usage() {
     cat <<TEXT
@@ -205,48 +207,16 @@ countWholePrograms() {
     done < <(sed -n 's/.*<testcase name="\([^".]*\)".* status="\([a-z]*\)".*/\1 \2/p' "$results")
 }
 
-xvfbPid=''
-sessionInput=''
-
-cleanUp() {
-    if [[ -n "$sessionInput" ]]; then
-        "$(findWineserver)" -k 2>/dev/null || true
-    fi
-    if [[ -n "$xvfbPid" ]]; then
-        kill "$xvfbPid" 2>/dev/null || true
-    fi
-}
-
-# One server and one session for all tests. What starts them hands its output on to them, so it must not be
-# CTest's: CTest would wait for the session's end.
 openWineSession() {
-    local ready
-    ready="$(mktemp -u "$here/out/session.XXXXXX")"
     export WINEPREFIX="${WINEPREFIX:-$here/out/wineprefix-test}"
     setWineEnvironment
     beginPart "wine prefix" "Wine prefix $WINEPREFIX"
-    if ! prefixIsCurrent; then
-        say "Setting it up"
-        "$here/scripts/wine_prefix.sh"
-    fi
-    startXvfb
-    "$(findWineserver)" -p >/dev/null 2>&1 || fail "other programs run in the Wine prefix $WINEPREFIX"
-    exec {sessionInput}> >(exec "$here/scripts/wine.sh" \
-        "$here/out/build/release/tests/support/wine_session.exe" "Z:${ready//\//\\}" >/dev/null 2>&1)
-    local tenths
-    for ((tenths = 0; tenths < 600; ++tenths)); do
-        if [[ -f "$ready" ]]; then
-            rm -f "$ready"
-            reportLine
-            return
-        fi
-        sleep 0.1
-    done
-    fail "Wine does not start in $WINEPREFIX"
+    startWineSession "$here/out/build/release/tests/support/wine_session.exe"
+    reportLine
 }
 
 makeOutFolder
-trap cleanUp EXIT
+trap endWineSession EXIT
 trap 'exit 130' INT TERM HUP
 beginPart packages "Looking for the packages"
 packages=("${KELVARO_RUN_PACKAGES[@]}" "${KELVARO_TEST_PACKAGES[@]}")
