@@ -1,7 +1,5 @@
 #include "pages/audio_device_page.h"
 
-#include <utility>
-
 #include "framework/core/app.h"
 #include "pages/list_navigation.h"
 #include "pages/page_names.h"
@@ -50,8 +48,7 @@ void AudioDevicePage::choose() {
 }
 
 void AudioDevicePage::showDevices() {
-    std::vector<Row> rows;
-    rows.reserve(devices_.size());
+    std::vector<Row>& rows = newRows();
     for (int i = 0; i < rowCount(); ++i) {
         Argb highlight = kNoHighlight;
         if (i == activeIndex_) {
@@ -61,7 +58,7 @@ void AudioDevicePage::showDevices() {
         }
         rows.push_back({devices_[static_cast<std::size_t>(i)].name, highlight});
     }
-    showList(L"Active Audio Device", ListLayout::kRightArrow, std::move(rows));
+    showList(L"Active Audio Device", ListLayout::kRightArrow, rows);
 }
 
 int AudioDevicePage::rowCount() const {

@@ -1,7 +1,7 @@
 #include "pages/list_page.h"
 
+#include <algorithm>
 #include <array>
-#include <utility>
 
 #include "framework/drawing/canvas.h"
 #include "framework/drawing/surface_settings.h"
@@ -26,13 +26,13 @@ void ListPage::Init(Panelix::Canvas* canvas) {
     painted_.reset();
 }
 
-void ListPage::showList(const wchar_t* title, const ListLayout::Arrow& arrow, std::vector<Row> rows) {
-    if (painted_ == rows) {
+void ListPage::showList(const wchar_t* title, const ListLayout::Arrow& arrow, const std::vector<Row>& rows) {
+    if (painted_ && std::equal(painted_->begin(), painted_->end(), rows.begin(), rows.end())) {
         return;
     }
     painted_.reset();
     if (paintList(title, arrow, rows)) {
-        painted_ = std::move(rows);
+        painted_.emplace(rows.begin(), rows.end());
     }
 }
 
@@ -57,7 +57,7 @@ bool ListPage::paintList(const wchar_t* title, const ListLayout::Arrow& arrow, c
             fillRect(target, ListLayout::rowRect(index), row.highlight);
         }
         const Gdiplus::PointF place(static_cast<float>(ListLayout::kTextX), ListLayout::textMiddle(index));
-        drawText(target, row.text, font, place, &leftMiddle, textBrush);
+        drawText(target, std::wstring(row.text), font, place, &leftMiddle, textBrush);
         ++index;
     }
     return allOk(target, centred, leftMiddle);

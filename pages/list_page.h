@@ -6,6 +6,7 @@
 
 #include <optional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "framework/core/page.h"
@@ -23,24 +24,39 @@ public:
 
 protected:
     struct Row {
-        std::wstring text;
+        /// Borrowed until the row was shown.
+        std::wstring_view text;
         /// Colour behind the row; transparent for none.
         Argb highlight = kNoHighlight;
-
-        friend bool operator==(const Row&, const Row&) = default;
     };
 
     static constexpr Argb kNoHighlight = 0;
 
+    /// Empty, for the rows of a call of showList(): the same memory in every pass.
+    std::vector<Row>& newRows() {
+        rows_.clear();
+        return rows_;
+    }
+
     /// Paints the whole page, unless it shows these rows already. `title` and `arrow` are the same in every
     /// call.
-    void showList(const wchar_t* title, const ListLayout::Arrow& arrow, std::vector<Row> rows);
+    void showList(const wchar_t* title, const ListLayout::Arrow& arrow, const std::vector<Row>& rows);
 
 private:
+    /// A row that the page's bitmap shows.
+    struct PaintedRow {
+        explicit PaintedRow(const Row& row) : text(row.text), highlight(row.highlight) {}
+        bool operator==(const Row& row) const { return text == row.text && highlight == row.highlight; }
+
+        std::wstring text;
+        Argb highlight;
+    };
+
     bool paintList(const wchar_t* title, const ListLayout::Arrow& arrow, const std::vector<Row>& rows);
 
     /// Borrowed from the canvas; null when it could not be loaded.
     Gdiplus::Bitmap* background_ = nullptr;
+    std::vector<Row> rows_;
     /// What the page's bitmap shows; nothing before a painting has gone well from beginning to end.
-    std::optional<std::vector<Row>> painted_;
+    std::optional<std::vector<PaintedRow>> painted_;
 };

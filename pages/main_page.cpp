@@ -2,7 +2,7 @@
 
 #include <atomic>
 #include <cstdint>
-#include <utility>
+#include <optional>
 
 #include "framework/core/app.h"
 #include "framework/drawing/canvas.h"
@@ -19,7 +19,7 @@ MainPage::MainPage(Panelix::App* app, SystemInfo* sampler, Panelix::Page* menuPa
 
 void MainPage::Init(Panelix::Canvas* canvas) {
     images_ = loadMainPageImages(*canvas);
-    painted_.reset();
+    isPainted_ = false;
 }
 
 bool MainPage::Update(bool /*isActive*/, const Panelix::LcdButtons& /*buttons*/) {
@@ -37,7 +37,8 @@ void MainPage::Draw(Panelix::Canvas* canvas, const Panelix::LcdButtons& buttons)
         pictureMode_ = !pictureMode_;
     }
     const bool screenshotWanted = !pictureMode_ && obeyMixerButtons(buttons);
-    show(currentView());
+    updateView();
+    show();
     if (screenshotWanted) {
         // What is saved is the last frame composed: this drawing of the page is not on the canvas yet.
         canvas->saveScreenshot();
@@ -64,22 +65,24 @@ bool MainPage::obeyMixerButtons(const Panelix::LcdButtons& buttons) {
     return false;
 }
 
-MainPageView MainPage::currentView() {
+void MainPage::updateView() {
     if (pictureMode_) {
-        return {.pictureMode = true};
+        view_ = {.pictureMode = true};
+        return;
     }
     // Read after the buttons were obeyed: a notification may have brought a requested volume already.
-    return statisticsView(*sampler_, selectedChannel_, blink_.isOn(), sampler_->dateTimeText());
+    updateStatisticsView(view_, *sampler_, selectedChannel_, blink_.isOn(), sampler_->dateTimeText());
 }
 
-void MainPage::show(MainPageView view) {
-    const bool readingDue = sampler_->dataReady && !view.pictureMode;
-    if (!readingDue && painted_ == view) {
+void MainPage::show() {
+    const bool readingDue = sampler_->dataReady && !view_.pictureMode;
+    if (!readingDue && isPainted_ && painted_ == view_) {
         return;
     }
     // Unknown until the painting is complete: an exception may leave half of it.
-    painted_.reset();
-    if (paintMainPage(beginPainting(), *bitmap(), view, images_, histories_, readingDue)) {
-        painted_ = std::move(view);
+    isPainted_ = false;
+    if (paintMainPage(beginPainting(), *bitmap(), view_, images_, histories_, readingDue)) {
+        painted_ = view_;
+        isPainted_ = true;
     }
 }

@@ -1,7 +1,5 @@
 #pragma once
 
-#include <optional>
-
 #include "framework/core/page.h"
 #include "pages/blink.h"
 #include "pages/main_page_images.h"
@@ -34,8 +32,8 @@ public:
 
 private:
     [[nodiscard]] bool obeyMixerButtons(const Panelix::LcdButtons& buttons);
-    MainPageView currentView();
-    void show(MainPageView view);
+    void updateView();
+    void show();
 
     SystemInfo* sampler_;
     Panelix::Page* menuPage_;
@@ -44,6 +42,9 @@ private:
     MixerChannel selectedChannel_ = MixerChannel::None;
     Blink blink_;
     bool pictureMode_ = false;
-    /// What the page's bitmap shows; nothing before a painting has gone well from beginning to end.
-    std::optional<MainPageView> painted_;
+    /// What the page is to show. It stays from pass to pass for the memory of its texts.
+    MainPageView view_;
+    /// What the page's bitmap shows, once a painting has gone well from beginning to end.
+    MainPageView painted_;
+    bool isPainted_ = false;
 };

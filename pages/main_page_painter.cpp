@@ -1,5 +1,6 @@
 #include "pages/main_page_painter.h"
 
+#include <bit>
 #include <string>
 
 #include "framework/drawing/blend.h"
@@ -136,7 +137,7 @@ private:
         }
         drawDetail(view_.cpuName, Layout::kCpuName, brush);
         drawDetail(view_.cpuClockText, Layout::kCpuClock, brush);
-        drawDetail(view_.vidText, Layout::kCpuVid, brush);
+        drawDetail(vidText(std::bit_cast<float>(view_.cpuVidBits)), Layout::kCpuVid, brush);
         drawText(graphics_,
                  cpuTemperatureText(view_.cpuTemperature, view_.cpuTempFahrenheit),
                  tools_.figures,

@@ -1,8 +1,7 @@
 #include "pages/main_page_view.h"
 
-#include <utility>
+#include <bit>
 
-#include "pages/figure_texts.h"
 #include "stats/gamepad_battery_code.h"
 
 namespace {
@@ -20,33 +19,33 @@ std::int32_t volumeFigure(MixerChannel selected, std::int32_t left, std::int32_t
 
 }  // namespace
 
-MainPageView statisticsView(const Snapshot& snapshot,
-                            MixerChannel selectedChannel,
-                            bool blinkOn,
-                            std::wstring clockText) {
+void updateStatisticsView(MainPageView& view,
+                          const Snapshot& snapshot,
+                          MixerChannel selectedChannel,
+                          bool blinkOn,
+                          const std::wstring& clockText) {
     const std::int32_t left = snapshot.speakerLeftVolume;
     const std::int32_t right = snapshot.speakerRightVolume;
     const bool batteryHidden = snapshot.gamepadBattery == kGamepadBatteryEmpty && !blinkOn;
-    return {
-        .unreadMail = snapshot.unreadMail,
-        .cpuLoad = static_cast<std::int32_t>(snapshot.cpuLoad),
-        .memoryLoad = snapshot.memoryLoad,
-        .coreTempAvailable = snapshot.coreTempAvailable,
-        .cpuName = snapshot.cpuName,
-        .cpuClockText = snapshot.cpuClockText,
-        .vidText = vidText(snapshot.cpuVid),
-        .cpuTemperature = snapshot.cpuTemperature,
-        .cpuTempFahrenheit = snapshot.cpuTempFahrenheit,
-        .gpuAvailable = snapshot.gpuAvailable,
-        .gpuName = snapshot.gpuName,
-        .gpuStats = snapshot.gpuStats,
-        .selectedChannel = selectedChannel,
-        .volumeFigure = volumeFigure(selectedChannel, left, right, snapshot.speakerMasterVolume),
-        .leftVolume = left,
-        .rightVolume = right,
-        .microphoneMuted = snapshot.microphoneMuted,
-        .speakerMuted = snapshot.speakerMuted,
-        .gamepadBattery = batteryHidden ? kGamepadBatteryNone : snapshot.gamepadBattery,
-        .clockText = std::move(clockText),
-    };
+    view.pictureMode = false;
+    view.unreadMail = snapshot.unreadMail;
+    view.cpuLoad = static_cast<std::int32_t>(snapshot.cpuLoad);
+    view.memoryLoad = snapshot.memoryLoad;
+    view.coreTempAvailable = snapshot.coreTempAvailable;
+    view.cpuName = snapshot.cpuName;
+    view.cpuClockText = snapshot.cpuClockText;
+    view.cpuVidBits = std::bit_cast<std::uint32_t>(snapshot.cpuVid);
+    view.cpuTemperature = snapshot.cpuTemperature;
+    view.cpuTempFahrenheit = snapshot.cpuTempFahrenheit;
+    view.gpuAvailable = snapshot.gpuAvailable;
+    view.gpuName = snapshot.gpuName;
+    view.gpuStats = snapshot.gpuStats;
+    view.selectedChannel = selectedChannel;
+    view.volumeFigure = volumeFigure(selectedChannel, left, right, snapshot.speakerMasterVolume);
+    view.leftVolume = left;
+    view.rightVolume = right;
+    view.microphoneMuted = snapshot.microphoneMuted;
+    view.speakerMuted = snapshot.speakerMuted;
+    view.gamepadBattery = batteryHidden ? kGamepadBatteryNone : snapshot.gamepadBattery;
+    view.clockText = clockText;
 }

@@ -21,8 +21,8 @@ struct MainPageView {
     bool coreTempAvailable = false;
     std::wstring cpuName{};
     std::wstring cpuClockText{};
-    /// A text, as two voltages may be equal and look different.
-    std::wstring vidText{};
+    /// In volts, as bits: two voltages may be equal and look different.
+    std::uint32_t cpuVidBits = 0;
     std::int32_t cpuTemperature = 0;
     bool cpuTempFahrenheit = false;
 
@@ -46,9 +46,12 @@ struct MainPageView {
     friend bool operator==(const MainPageView&, const MainPageView&) = default;
 };
 
-/// The view of the statistics. Each field of `snapshot` is read once, so bars and figures agree whatever a
-/// notification writes meanwhile. `blinkOn` is the phase of blinking icons.
-MainPageView statisticsView(const Snapshot& snapshot,
-                            MixerChannel selectedChannel,
-                            bool blinkOn,
-                            std::wstring clockText);
+/// Makes `view` that of the statistics. Each field of `snapshot` is read once, so bars and figures agree
+/// whatever a notification writes meanwhile. `blinkOn` is the phase of blinking icons. The memory of the
+/// view's texts is used again: a view that is taken in every pass, and is mostly what it was, then takes
+/// none.
+void updateStatisticsView(MainPageView& view,
+                          const Snapshot& snapshot,
+                          MixerChannel selectedChannel,
+                          bool blinkOn,
+                          const std::wstring& clockText);

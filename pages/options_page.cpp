@@ -1,7 +1,5 @@
 #include "pages/options_page.h"
 
-#include <utility>
-
 #include "framework/core/app.h"
 #include "framework/core/command_codes.h"
 #include "pages/list_navigation.h"
@@ -68,11 +66,10 @@ void OptionsPage::runCommand(std::uint32_t command) {
 }
 
 void OptionsPage::showEntries() {
-    std::vector<Row> rows;
-    rows.reserve(kEntryCount);
+    std::vector<Row>& rows = newRows();
     for (int i = 0; i < kEntryCount; ++i) {
         rows.push_back({kEntries[static_cast<std::size_t>(i)],
                         i == selectedEntry_ ? Palette::kListCursor : kNoHighlight});
     }
-    showList(L"Options", ListLayout::kLeftArrow, std::move(rows));
+    showList(L"Options", ListLayout::kLeftArrow, rows);
 }

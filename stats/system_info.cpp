@@ -3,6 +3,7 @@
 #include <windows.h>
 
 #include <optional>
+#include <tuple>
 #include <utility>
 
 #include "framework/core/local_time.h"
@@ -45,6 +46,13 @@ std::unique_ptr<GpuVendor> tryGpu() {
 std::unique_ptr<GpuVendor> chooseGpu() {
     std::unique_ptr<GpuVendor> gpu = tryGpu<GpuNvidia>();
     return gpu != nullptr ? std::move(gpu) : tryGpu<GpuAmd>();
+}
+
+bool isSameSecond(const std::tm& left, const std::tm& right) {
+    const auto shown = [](const std::tm& time) {
+        return std::tie(time.tm_year, time.tm_mon, time.tm_mday, time.tm_hour, time.tm_min, time.tm_sec);
+    };
+    return shown(left) == shown(right);
 }
 
 }  // namespace
@@ -108,7 +116,11 @@ void SystemInfo::sampleUnreadMail() {
     mailPollCounter_ = 0;
 }
 
-std::wstring SystemInfo::dateTimeText() {
+const std::wstring& SystemInfo::dateTimeText() {
     timeRecord = Panelix::localTime();
-    return clockText(timeRecord);
+    if (dateTimeText_.empty() || !isSameSecond(timeRecord, toldTime_)) {
+        dateTimeText_ = clockText(timeRecord);
+        toldTime_ = timeRecord;
+    }
+    return dateTimeText_;
 }

@@ -38,8 +38,9 @@ public:
     /// of the last one are bound within about a second and a half.
     void update() override;
 
-    /// Local date and time in English, e.g. "5 Febuary 2018   9:07:03  PM"; refreshes timeRecord.
-    std::wstring dateTimeText();
+    /// Local date and time in English, e.g. "5 Febuary 2018   9:07:03  PM"; refreshes timeRecord. Made anew
+    /// when it changes only. Good until the next call.
+    const std::wstring& dateTimeText();
 
     /// Binds the default speaker and microphone and reads their volumes and mute states. Missing endpoints
     /// leave null interfaces and volumes of 0.
@@ -92,6 +93,9 @@ public:
     std::tm timeRecord{};
 
 private:
+    /// What dateTimeText() returned last, and the time that it tells.
+    std::wstring dateTimeText_;
+    std::tm toldTime_{};
     /// Updates since the last mail query.
     std::int32_t mailPollCounter_ = 0;
     /// Part of the record's layout; nothing reads it.

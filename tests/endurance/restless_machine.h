@@ -45,6 +45,7 @@ public:
     /// Ends what runs beside the program in threads of the stand-ins: their stacks are of this process, too.
     void calmDown() { strainAudio(0, false); }
 
+    Standins::VirtualGamepads& gamepads() { return gamepads_; }
     Standins::VirtualAudio& audio() { return audio_; }
 
 private:

@@ -8,6 +8,7 @@ namespace {
 thread_local bool armed = false;
 thread_local std::size_t untilFailure = 0;
 thread_local std::ptrdiff_t live = 0;
+thread_local std::size_t allocated = 0;
 
 void* allocate(std::size_t size) {
     if (armed && untilFailure-- == 0) {
@@ -19,6 +20,7 @@ void* allocate(std::size_t size) {
         throw std::bad_alloc();
     }
     ++live;
+    ++allocated;
     return memory;
 }
 
@@ -66,6 +68,10 @@ FailingAllocation::~FailingAllocation() {
 
 bool FailingAllocation::hasFailed() const {
     return !armed;
+}
+
+std::size_t allocationsSoFar() {
+    return allocated;
 }
 
 std::ptrdiff_t liveAllocations() {

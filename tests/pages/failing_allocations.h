@@ -17,5 +17,8 @@ public:
     bool hasFailed() const;
 };
 
+/// Blocks that this thread has allocated, given back or not.
+std::size_t allocationsSoFar();
+
 /// Blocks that this thread has allocated and not given back, as seen by this thread.
 std::ptrdiff_t liveAllocations();

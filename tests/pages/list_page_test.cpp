@@ -2,8 +2,6 @@
 
 #include <gtest/gtest.h>
 
-#include <utility>
-
 #include "tests/framework/core/lcd_fixture.h"
 #include "tests/framework/core/probe_app.h"
 #include "tests/pages/page_painter.h"
@@ -19,11 +17,11 @@ public:
 
     bool Update(bool, const Panelix::LcdButtons&) override { return true; }
     void Draw(Panelix::Canvas*, const Panelix::LcdButtons&) override {
-        std::vector<Row> rows;
+        std::vector<Row>& rows = newRows();
         for (std::size_t i = 0; i < texts.size(); ++i) {
             rows.push_back({texts[i], i == highlighted ? kHighlight : kNoHighlight});
         }
-        showList(L"Any", ListLayout::kRightArrow, std::move(rows));
+        showList(L"Any", ListLayout::kRightArrow, rows);
     }
 
     std::vector<std::wstring> texts;

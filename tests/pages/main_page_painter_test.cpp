@@ -34,12 +34,9 @@ protected:
     }
 
     bool paint(bool record = false, MixerChannel selected = MixerChannel::None) {
-        return paintMainPage(graphics,
-                             bitmap,
-                             statisticsView(snapshot, selected, expected.blinkOn, expected.clock),
-                             images,
-                             histories,
-                             record);
+        MainPageView view;
+        updateStatisticsView(view, snapshot, selected, expected.blinkOn, expected.clock);
+        return paintMainPage(graphics, bitmap, view, images, histories, record);
     }
 
     /// A picture of one colour in the place of an image.

@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <bit>
+#include <cstdint>
 #include <limits>
 
 #include "stats/gamepad_battery_code.h"
@@ -11,7 +13,9 @@ namespace {
 using enum MixerChannel;
 
 MainPageView viewOf(const Snapshot& snapshot, MixerChannel selected = None, bool blinkOn = false) {
-    return statisticsView(snapshot, selected, blinkOn, L"clock");
+    MainPageView view;
+    updateStatisticsView(view, snapshot, selected, blinkOn, L"clock");
+    return view;
 }
 
 TEST(MainPageView, HoldsTheFiguresOfTheSnapshot) {
@@ -39,7 +43,7 @@ TEST(MainPageView, HoldsTheFiguresOfTheSnapshot) {
                                 .coreTempAvailable = true,
                                 .cpuName = L"CPU's name",
                                 .cpuClockText = L"CPU's clock",
-                                .vidText = L"1.250000v",
+                                .cpuVidBits = std::bit_cast<std::uint32_t>(1.25F),
                                 .cpuTemperature = -5,
                                 .cpuTempFahrenheit = true,
                                 .gpuAvailable = true,
@@ -52,6 +56,33 @@ TEST(MainPageView, HoldsTheFiguresOfTheSnapshot) {
                                 .gamepadBattery = kGamepadBatteryLow,
                                 .clockText = L"clock"};
     EXPECT_EQ(viewOf(snapshot), expected);
+}
+
+TEST(MainPageView, NothingIsLeftOfTheViewThatItWasBefore) {
+    Snapshot other;
+    other.cpuLoad = 37;
+    other.cpuTemperature = -5;
+    other.cpuTempFahrenheit = true;
+    other.cpuName = L"CPU's name";
+    other.cpuClockText = L"CPU's clock";
+    other.cpuVid = 1.25F;
+    other.memoryLoad = 62;
+    other.coreTempAvailable = true;
+    other.gpuStats = {.load = 1, .temperature = 2, .memoryLoad = 3, .coreClock = 4, .loadValid = true};
+    other.gpuName = L"GPU's name";
+    other.gpuAvailable = true;
+    other.unreadMail = 7;
+    other.speakerLeftVolume = 10;
+    other.speakerRightVolume = 20;
+    other.speakerMasterVolume = 30;
+    other.speakerMuted = true;
+    other.microphoneMuted = true;
+    other.gamepadBattery = kGamepadBatteryLow;
+    MainPageView view;
+    updateStatisticsView(view, other, Left, true, L"another clock");
+    view.pictureMode = true;
+    updateStatisticsView(view, Snapshot(), None, false, L"clock");
+    EXPECT_EQ(view, viewOf(Snapshot()));
 }
 
 TEST(MainPageView, TheFigureIsTheMastersOrTheSelectedChannels) {
