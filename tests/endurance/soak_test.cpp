@@ -196,6 +196,8 @@ protected:
         // The sampler's schedule began at a whole multiple of its period.
         clocks_.time.pass(kReadingPeriod -
                           std::chrono::milliseconds(clocks_.time.awakeMs() % kReadingPeriod.count()));
+        // What is due by now is sampled, so that the passes below sample once each.
+        pass(kBlinkPasses);
         clocks_.setTimeOfDay(kLastTimeOfDay);
         for (unsigned reading = 0; reading < kReadings; ++reading) {
             machine_.setFigures(reading);
