@@ -16,6 +16,7 @@ source "$here/scripts/wine_session.sh"
 usage() {
     cat <<TEXT
 Usage: ./test.sh [--all] [--filter REGEX]
+       ./test.sh --bench [--quick] [--minutes N]
 
 Installs the packages that are missing (Debian 12) and runs, one after the other:
   format   clang-format over all sources
@@ -37,6 +38,8 @@ summary says how many seconds each part took.
                      signing     release files that are signed with a certificate made for it
                      same bytes  the release files of two clean clones, compared
   --filter REGEX   only the tests whose names match; without the checks that are no tests
+  --bench          no tests: measures the program and prints a table of figures (scripts/bench.sh, whose --help says
+                   more)
   --help           print this
 
 The Wine prefix is WINEPREFIX, or out/wineprefix-test when that is not set: tests may run beside ./run.sh.
@@ -65,6 +68,7 @@ while (($# > 0)); do
     case "$1" in
         -h | --help) usage && exit 0 ;;
         --all) all=1 ;;
+        --bench) exec "$here/scripts/bench.sh" "${@:2}" ;;
         --filter)
             filter="${2:-}"
             [[ -n "$filter" ]] || fail "--filter needs a regular expression"

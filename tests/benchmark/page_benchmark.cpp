@@ -1,6 +1,6 @@
-// Time of a whole pass of the main page (drawing, composing, conversion to an LCD frame), and of one in which
-// nothing has changed, each beside the same calls issued bare. Prints the medians and their ratios, measured
-// alternately in one run.
+// Time of a whole frame of the main page (drawing, composing, conversion to an LCD frame), of one in which
+// nothing has changed, and of its steps, each beside the same calls issued bare, in turns in one run; and the
+// blocks that each frame takes from the C++ heap.
 
 #include <windows.h>
 
@@ -8,11 +8,8 @@
 
 #include <algorithm>
 #include <array>
-#include <chrono>
 #include <cstdint>
-#include <cstdio>
 #include <cstring>
-#include <functional>
 #include <memory>
 #include <string>
 #include <vector>
@@ -24,6 +21,8 @@
 #include "standins/core_audio/loaded_core_audio.h"
 #include "standins/shared_record.h"
 #include "stats/system_info.h"
+#include "tests/benchmark/figures.h"
+#include "tests/pages/failing_allocations.h"
 #include "tests/pages/sample_snapshot.h"
 
 namespace {
@@ -75,11 +74,38 @@ public:
         setFast(surface_);
     }
 
-    std::vector<std::uint8_t> run(const std::wstring& clock) {
+    Panelix::LcdFrame run(const std::wstring& clock) {
         drawBackdrop();
         drawStatistics(clock);
-        surface_.DrawImage(&pageBitmap_, 0, 0);
+        compose();
         return convert();
+    }
+
+    void compose() { surface_.DrawImage(&pageBitmap_, 0, 0); }
+
+    void composeHalfASlide(Gdiplus::Bitmap* previous) {
+        surface_.DrawImage(previous, 0, -kHeight / 2);
+        surface_.DrawImage(&pageBitmap_, 0, kHeight / 2);
+    }
+
+    Panelix::LcdFrame convert() {
+        const HDC screen = GetDC(nullptr);
+        HBITMAP bitmap = nullptr;
+        surfaceBitmap_.GetHBITMAP(Gdiplus::Color(0, 0, 0, 0), &bitmap);
+        struct {
+            BITMAPINFOHEADER header;
+            std::array<RGBQUAD, 256> colours;
+        } info{};
+        info.header.biSize = sizeof(info.header);
+        auto* const bitmapInfo = reinterpret_cast<BITMAPINFO*>(&info);
+        GetDIBits(screen, bitmap, 0, 0, nullptr, bitmapInfo, DIB_RGB_COLORS);
+        info.header.biCompression = BI_RGB;
+        info.header.biHeight = -kHeight;
+        Panelix::LcdFrame frame = std::make_unique_for_overwrite<std::uint8_t[]>(Panelix::kLcdFrameBytes);
+        GetDIBits(screen, bitmap, 0, kHeight, frame.get(), bitmapInfo, DIB_RGB_COLORS);
+        DeleteObject(bitmap);
+        ReleaseDC(nullptr, screen);
+        return frame;
     }
 
 private:
@@ -171,26 +197,6 @@ private:
         text(clock.c_str(), figures, 160.0F, 225.0F, &centred, white);
     }
 
-    std::vector<std::uint8_t> convert() {
-        const HDC screen = GetDC(nullptr);
-        HBITMAP bitmap = nullptr;
-        surfaceBitmap_.GetHBITMAP(Gdiplus::Color(0, 0, 0, 0), &bitmap);
-        struct {
-            BITMAPINFOHEADER header;
-            std::array<RGBQUAD, 256> colours;
-        } info{};
-        info.header.biSize = sizeof(info.header);
-        auto* const bitmapInfo = reinterpret_cast<BITMAPINFO*>(&info);
-        GetDIBits(screen, bitmap, 0, 0, nullptr, bitmapInfo, DIB_RGB_COLORS);
-        info.header.biCompression = BI_RGB;
-        info.header.biHeight = -kHeight;
-        std::vector<std::uint8_t> frame(Panelix::kLcdFrameBytes);
-        GetDIBits(screen, bitmap, 0, kHeight, frame.data(), bitmapInfo, DIB_RGB_COLORS);
-        DeleteObject(bitmap);
-        ReleaseDC(nullptr, screen);
-        return frame;
-    }
-
     Images images_;
     Gdiplus::Bitmap pageBitmap_{kWidth, kHeight, PixelFormat32bppPARGB};
     Gdiplus::Graphics page_{&pageBitmap_};
@@ -198,85 +204,138 @@ private:
     Gdiplus::Graphics surface_{&surfaceBitmap_};
 };
 
-double microseconds(const std::function<void()>& work) {
-    const auto start = std::chrono::steady_clock::now();
-    work();
-    return std::chrono::duration<double, std::micro>(std::chrono::steady_clock::now() - start).count();
-}
-
-double median(std::vector<double> values) {
-    const auto middle = values.begin() + static_cast<std::ptrdiff_t>(values.size() / 2);
-    std::nth_element(values.begin(), middle, values.end());
-    return *middle;
-}
-
-int run() {
-    // Apart from this machine's keyboard simulation and sound.
-    Standins::useOwnSession();
-    BenchmarkApp app;
-    const Standins::LoadedCoreAudio audioClasses;
-    SystemInfo sampler;
-    auto owned = std::make_unique<MainPage>(&app, &sampler, nullptr);
-    MainPage& page = *owned;
-    app.SetMainPage(std::move(owned));
-    Panelix::Canvas& canvas = *app.canvas();
-    setOrdinaryFigures(sampler);
-    sampler.unreadMail = 3;
-    sampler.gamepadBattery = 5;
-    for (int i = 0; i < kHistoryLength; ++i) {
-        sampler.dataReady = true;
-        page.Draw(&canvas, {});
+class Benchmark {
+public:
+    Benchmark() {
+        auto page = std::make_unique<MainPage>(&app_, &sampler_, nullptr);
+        page_ = page.get();
+        app_.SetMainPage(std::move(page));
+        setOrdinaryFigures(sampler_);
+        sampler_.unreadMail = 3;
+        sampler_.gamepadBattery = 5;
+        for (int i = 0; i < kHistoryLength; ++i) {
+            paint();
+        }
+        bare_ = std::make_unique<BarePass>(Images(canvas_));
+        Gdiplus::Graphics(&previous_).Clear(Gdiplus::Color(0xFF304050));
     }
 
-    BarePass bare{Images(canvas)};
-    Panelix::LcdFrame pageFrame;
-    std::vector<std::uint8_t> bareFrame;
-    std::vector<double> pageTimes;
-    std::vector<double> bareTimes;
-    std::vector<double> unchangedTimes;
-    std::vector<double> bareUnchangedTimes;
-    std::vector<std::uint8_t> handedOver(Panelix::kLcdFrameBytes);
-    std::wstring clock;
-    int equalFrames = 0;
-    for (int i = 0; i < kPasses; ++i) {
-        // A reading is painted although its figures are those of the one before.
-        sampler.dataReady = true;
-        pageTimes.push_back(microseconds([&] {
-            page.Draw(&canvas, {});
-            canvas.composePages(page.bitmap(), nullptr, 0.0F, Panelix::TransitionKind::SlideFromBottom);
-            pageFrame = canvas.toLcdFrame();
-        }));
-        bareTimes.push_back(microseconds([&] { bareFrame = bare.run(sampler.dateTimeText()); }));
-        unchangedTimes.push_back(microseconds([&] {
-            page.Draw(&canvas, {});
-            std::memcpy(handedOver.data(), pageFrame.get(), handedOver.size());
-        }));
-        bareUnchangedTimes.push_back(microseconds([&] {
-            clock = sampler.dateTimeText();
-            std::memcpy(handedOver.data(), bareFrame.data(), handedOver.size());
-        }));
-        equalFrames += std::memcmp(pageFrame.get(), bareFrame.data(), bareFrame.size()) == 0 ? 1 : 0;
+    /// False when the two do not draw the same.
+    bool run() {
+        for (int i = 0; i < kPasses; ++i) {
+            comparePainted();
+            compareUnchanged();
+            compareSteps();
+        }
+        printPart("Drawing: the program's way against the same calls issued bare");
+        painted_.print("painted frame of the main page", 1.05);
+        const double share = unchanged_.programTime() / painted_.bareTime();
+        printLine("unchanged frame, of the bare calls of a painted one",
+                  numberText(share, 4),
+                  limitText(share, 1.05, 2));
+        unchanged_.print("the same, of asking for the time and copying alone");
+        atRest_.print("composePages at rest", 1.03);
+        inASlide_.print("composePages in a slide", 1.03);
+        conversion_.print("toLcdFrame", 1.03);
+        printPart("Blocks that the program takes from the C++ heap");
+        printLine("painted frame", numberText(median(paintedBlocks_), 0));
+        const double unchangedBlocks = median(unchangedBlocks_);
+        printLine("unchanged frame", numberText(unchangedBlocks, 0), limitText(unchangedBlocks, 0, 0));
+        // The clock may move on between the two drawings of a frame, but not often.
+        const bool sameWork = equalFrames_ > kPasses / 2;
+        printLine("frames that were equal, byte for byte",
+                  std::to_string(equalFrames_) + " of " + std::to_string(kPasses),
+                  sameWork ? "" : "the two do not draw the same, so the ratios say nothing");
+        return sameWork;
     }
-    std::printf("main page, %d passes: %.0f us with the program, %.0f us bare, ratio %.3f\n",
-                kPasses,
-                median(pageTimes),
-                median(bareTimes),
-                median(pageTimes) / median(bareTimes));
-    std::printf("without a change: %.0f us with the program, %.0f us bare, %.3f of a pass that paints\n",
-                median(unchangedTimes),
-                median(bareUnchangedTimes),
-                median(unchangedTimes) / median(pageTimes));
-    // The clock may have moved on between the two drawings of a pass, but not often.
-    const bool sameWork = equalFrames > kPasses / 2;
-    std::printf("%d of %d frames are equal%s\n",
-                equalFrames,
-                kPasses,
-                sameWork ? "" : ": the two do not draw the same, so the ratio says nothing");
-    return sameWork ? 0 : 1;
-}
+
+private:
+    /// A reading is painted although its figures are those of the one before.
+    void paint() {
+        sampler_.dataReady = true;
+        page_->Draw(&canvas_, {});
+    }
+
+    void composeAtRest() {
+        canvas_.composePages(page_->bitmap(), nullptr, 0.0F, Panelix::TransitionKind::SlideFromBottom);
+    }
+
+    void comparePainted() {
+        std::size_t blocks = 0;
+        painted_.add(
+            [&] {
+                const std::size_t before = allocationsSoFar();
+                paint();
+                composeAtRest();
+                frame_ = canvas_.toLcdFrame();
+                blocks = allocationsSoFar() - before;
+            },
+            [&] { bareFrame_ = bare_->run(sampler_.dateTimeText()); });
+        paintedBlocks_.push_back(static_cast<double>(blocks));
+        equalFrames_ += std::memcmp(frame_.get(), bareFrame_.get(), Panelix::kLcdFrameBytes) == 0 ? 1 : 0;
+    }
+
+    void compareUnchanged() {
+        // What was just painted; and both frames as warm as in a row of such passes.
+        page_->Draw(&canvas_, {});
+        handOver(bareFrame_);
+        handOver(frame_);
+        std::size_t blocks = 0;
+        unchanged_.add(
+            [&] {
+                const std::size_t before = allocationsSoFar();
+                page_->Draw(&canvas_, {});
+                handOver(frame_);
+                blocks = allocationsSoFar() - before;
+            },
+            [&] {
+                sampler_.dateTimeText();
+                handOver(frame_);
+            });
+        unchangedBlocks_.push_back(static_cast<double>(blocks));
+    }
+
+    void compareSteps() {
+        atRest_.add([&] { composeAtRest(); }, [&] { bare_->compose(); });
+        inASlide_.add(
+            [&] {
+                canvas_.composePages(
+                    page_->bitmap(), &previous_, 0.5F, Panelix::TransitionKind::SlideFromBottom);
+            },
+            [&] { bare_->composeHalfASlide(&previous_); });
+        conversion_.add([&] { frame_ = canvas_.toLcdFrame(); }, [&] { bareFrame_ = bare_->convert(); });
+    }
+
+    void handOver(const Panelix::LcdFrame& frame) {
+        std::memcpy(handedOver_.data(), frame.get(), handedOver_.size());
+    }
+
+    BenchmarkApp app_;
+    const Standins::LoadedCoreAudio audioClasses_;
+    SystemInfo sampler_;
+    Panelix::Canvas& canvas_ = *app_.canvas();
+    MainPage* page_ = nullptr;
+    std::unique_ptr<BarePass> bare_;
+    Gdiplus::Bitmap previous_{kWidth, kHeight, PixelFormat32bppPARGB};
+
+    Panelix::LcdFrame frame_;
+    Panelix::LcdFrame bareFrame_;
+    std::vector<std::uint8_t> handedOver_ = std::vector<std::uint8_t>(Panelix::kLcdFrameBytes);
+
+    Comparison painted_;
+    Comparison unchanged_;
+    Comparison atRest_;
+    Comparison inASlide_;
+    Comparison conversion_;
+    std::vector<double> paintedBlocks_;
+    std::vector<double> unchangedBlocks_;
+    int equalFrames_ = 0;
+};
 
 }  // namespace
 
 int main() {
-    return run();
+    // Apart from this machine's keyboard simulation and sound.
+    Standins::useOwnSession();
+    return Benchmark().run() ? 0 : 1;
 }

@@ -3,9 +3,7 @@
 
 #include <windows.h>
 
-#include <algorithm>
 #include <chrono>
-#include <cstdio>
 #include <functional>
 #include <memory>
 #include <string>
@@ -30,6 +28,7 @@
 #include "stats/physical_memory.h"
 #include "stats/system_info.h"
 #include "stats/unread_mail.h"
+#include "tests/benchmark/figures.h"
 #include "tests/support/registry_override.h"
 
 namespace {
@@ -40,27 +39,18 @@ constexpr int kBatches = 101;
 constexpr int kCallsPerBatch = 22;  // Two of them walk through the mail.
 constexpr std::uint32_t kCores = 8;
 
-double microseconds(const std::function<void()>& step, int calls) {
-    const auto start = std::chrono::steady_clock::now();
-    for (int i = 0; i < calls; ++i) {
-        step();
-    }
-    const std::chrono::duration<double, std::micro> time = std::chrono::steady_clock::now() - start;
-    return time.count() / calls;
-}
-
-double median(std::vector<double> values) {
-    std::sort(values.begin(), values.end());
-    return values[values.size() / 2];
-}
-
 // The median of many batches, each averaged over its calls.
 void print(const char* what, const std::function<void()>& step) {
     std::vector<double> times;
     for (int i = 0; i < kBatches; ++i) {
-        times.push_back(microseconds(step, kCallsPerBatch));
+        times.push_back(microseconds([&step] {
+                            for (int call = 0; call < kCallsPerBatch; ++call) {
+                                step();
+                            }
+                        }) /
+                        kCallsPerBatch);
     }
-    std::printf("  %-50s %9.2f us\n", what, median(times));
+    printLine(what, numberText(median(times), 2, " us"));
 }
 
 // A measurement is due at most every 201 ms, so each one is timed alone.
@@ -70,9 +60,9 @@ void printCpuMeasurement() {
     std::vector<double> times;
     for (int i = 0; i < kMeasurements; ++i) {
         std::this_thread::sleep_for(std::chrono::milliseconds(210));
-        times.push_back(microseconds([&meter] { meter.sample(); }, 1));
+        times.push_back(microseconds([&meter] { meter.sample(); }));
     }
-    std::printf("  %-50s %9.2f us\n", "CPU load, measured", median(times));
+    printLine("CPU load, measured", numberText(median(times), 2, " us"));
     print("CPU load, not yet due", [&meter] { meter.sample(); });
 }
 
@@ -107,7 +97,7 @@ Standins::CoreTempFigures coreTempFigures() {
 }
 
 void printWithoutAny() {
-    std::printf("Without any library\n");
+    printPart("One sampling pass, without any vendor's library");
     const RegistryOverride registry;
     SystemInfo info;
     print("Core Temp", [] { readCoreTemp(nullptr); });
@@ -121,7 +111,7 @@ void printWithoutAny() {
 Panelix::UniqueModule load(VendorLibrary library) {
     Panelix::UniqueModule module(LoadLibraryW(Standins::vendorLibraryPath(library).c_str()));
     if (!module) {
-        std::printf("  a stand-in is missing: error %lu\n", GetLastError());
+        printLine("a stand-in is missing", "error " + std::to_string(GetLastError()));
     }
     return module;
 }
@@ -141,12 +131,12 @@ void printGpu(const char* what) {
     if (gpu.initialise()) {
         print(what, [&gpu] { gpu.sample(); });
     } else {
-        std::printf("  %s did not start: %ls\n", what, gpu.lastError().c_str());
+        printLine(what, "did not start");
     }
 }
 
 void printWithAll() {
-    std::printf("With a stand-in for each library\n");
+    printPart("One sampling pass, with a stand-in for each library");
     const RegistryOverride registry;
     addAccounts(3);
     Standins::VirtualCoreTemp coreTemp;
@@ -171,7 +161,7 @@ void printWithAll() {
     print("memory", [] { readPhysicalMemoryPercent(); });
     print("gamepad", [] { readGamepadBattery(); });
     if (gamepads.callCount(Standins::XinputCall::GetState) == 0) {
-        std::printf("  (the gamepad was the system's own XInput)\n");
+        printLine("the gamepad was that of the system's own XInput", "-");
     }
     printUpdate(info);
     print("date and time text", [&info] { info.dateTimeText(); });

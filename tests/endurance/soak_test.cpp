@@ -43,6 +43,9 @@ constexpr unsigned kLongFormPasses = 20'000;
 /// After so many passes everything that is made once has been made.
 constexpr unsigned kWarmUpPasses = 10'000;
 constexpr std::size_t kAllowedGrowthBytes = std::size_t{2} * 1024 * 1024;
+/// Within this it goes up and down; beyond it is looked at more often.
+constexpr std::size_t kUsualSwingBytes = std::size_t{512} * 1024;
+constexpr int kLooksAtMemory = 100;
 constexpr unsigned kPassesBetweenChecks = 250;
 constexpr unsigned kPassesBetweenProbes = 2'500;
 constexpr unsigned kPassesBetweenLines = 10'000;
@@ -406,7 +409,13 @@ private:
     void checkMemory() {
         machine_.calmDown();
         const unsigned warmUp = std::min(kWarmUpPasses, passesOfTheRun_ / 2);
-        const std::size_t now = privateMemoryBytes();
+        std::size_t now = privateMemoryBytes();
+        // A stand-in's thread that was told to end gives its stack back a moment later.
+        for (int i = 0; i < kLooksAtMemory && passes_ > warmUp && now > settledBytes_ + kUsualSwingBytes;
+             ++i) {
+            Sleep(10);
+            now = privateMemoryBytes();
+        }
         lastBytes_ = now;
         const std::uintptr_t handle = greatestOfNextHandles();
         if (passes_ <= warmUp) {
