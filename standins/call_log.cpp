@@ -24,6 +24,14 @@ void CallLog::add(std::uint32_t call, const CallArguments& arguments) noexcept {
     }
     slot.sequence.store(number + 1, std::memory_order_release);
     counts_[call % kKinds].fetch_add(1, std::memory_order_release);
+    if (const std::uint32_t durationMs = durationsMs_[call % kKinds].load(std::memory_order_relaxed);
+        durationMs != 0) {
+        Sleep(durationMs);
+    }
+}
+
+void CallLog::setDuration(std::uint32_t call, std::uint32_t milliseconds) noexcept {
+    durationsMs_[call % kKinds].store(milliseconds, std::memory_order_relaxed);
 }
 
 std::vector<LoggedCall> CallLog::entries() const {

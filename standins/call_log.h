@@ -38,7 +38,10 @@ public:
     /// Number of calls of that kind since the record exists or was cleared.
     std::uint64_t count(std::uint32_t call) const noexcept;
 
-    /// For when nobody writes.
+    /// From now on a call of that kind takes so long: add() does not return before. 0 as at first: no time.
+    void setDuration(std::uint32_t call, std::uint32_t milliseconds) noexcept;
+
+    /// For when nobody writes. The durations stay.
     void clear() noexcept;
 
 private:
@@ -54,6 +57,7 @@ private:
 
     std::atomic<std::uint64_t> logged_;
     std::array<std::atomic<std::uint64_t>, kKinds> counts_;
+    std::array<std::atomic<std::uint32_t>, kKinds> durationsMs_;
     std::array<Slot, kLength> slots_;
 };
 

@@ -10,7 +10,7 @@ namespace Standins {
 namespace {
 
 // "KADL" and the version of the layout below: raise it with every change.
-constexpr std::uint64_t kIdentity = 0x4B41'444C'0000'0002;
+constexpr std::uint64_t kIdentity = 0x4B41'444C'0000'0003;
 
 struct AdapterSlot {
     std::atomic<std::int32_t> activityPercent;

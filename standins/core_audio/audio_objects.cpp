@@ -56,6 +56,15 @@ wchar_t* copyToTaskMemory(const std::wstring& text) noexcept {
     return copy;
 }
 
+std::wstring endless(const std::wstring& text) {
+    std::wstring longText;
+    while (longText.size() < VirtualAudio::kEndlessNameLength) {
+        longText += text.empty() ? L" " : text;
+    }
+    longText.resize(VirtualAudio::kEndlessNameLength);
+    return longText;
+}
+
 // COM's interfaces have no virtual destructor: it would take slots of the method table.
 #pragma GCC diagnostic push
 #pragma GCC diagnostic ignored "-Wnon-virtual-dtor"
@@ -129,6 +138,10 @@ public:
         switch (device.nameKind) {
             case FriendlyName::Text:
                 value->pwszVal = copyToTaskMemory(device.name);
+                value->vt = VT_LPWSTR;
+                break;
+            case FriendlyName::Endless:
+                value->pwszVal = copyToTaskMemory(endless(device.name));
                 value->vt = VT_LPWSTR;
                 break;
             case FriendlyName::NullText:
@@ -394,7 +407,7 @@ public:
         if (count == nullptr) {
             return E_POINTER;
         }
-        *count = static_cast<UINT>(devices_.size());
+        *count = serverRecord().countAnswer().value_or(static_cast<std::uint32_t>(devices_.size()));
         return S_OK;
     }
     HRESULT STDMETHODCALLTYPE Item(UINT item, IMMDevice** out) noexcept override {

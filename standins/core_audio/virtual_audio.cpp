@@ -16,7 +16,7 @@ namespace Standins {
 namespace {
 
 // "KAUD" and the version of the layout below: raise it with every change.
-constexpr std::uint64_t kIdentity = 0x4B41'5544'0000'0004;
+constexpr std::uint64_t kIdentity = 0x4B41'5544'0000'0005;
 constexpr std::chrono::seconds kHandshakeLimit{10};
 
 using Text = SharedText<wchar_t, VirtualAudio::kTextLength - 1>;
@@ -110,6 +110,8 @@ struct VirtualAudio::Record {
     std::array<std::atomic<std::uint32_t>, kAudioFlowCount> defaults;
     // Less one, so that a new record has 1.
     std::atomic<std::int32_t> muteValueLessOne;
+    std::atomic<std::uint32_t> answersCount;
+    std::atomic<std::uint32_t> countAnswer;
     std::atomic<std::uint32_t> serviceStopped;
     std::atomic<std::uint32_t> serviceLife;
     std::array<FailureSlot, kAudioCallCount> failures;
@@ -218,6 +220,15 @@ std::optional<std::uint32_t> VirtualAudio::defaultDevice(AudioFlow flow) const n
     return stored == 0 || !isPresent(stored - 1) ? std::nullopt : std::optional(stored - 1);
 }
 
+void VirtualAudio::setCountAnswer(std::optional<std::uint32_t> count) noexcept {
+    record().countAnswer = count.value_or(0);
+    record().answersCount = count ? 1 : 0;
+}
+
+std::optional<std::uint32_t> VirtualAudio::countAnswer() const noexcept {
+    return record().answersCount != 0 ? std::optional(record().countAnswer.load()) : std::nullopt;
+}
+
 void VirtualAudio::setMuteValue(std::int32_t value) noexcept {
     record().muteValueLessOne.store(value - 1);
 }
@@ -275,6 +286,10 @@ void VirtualAudio::clearFailures() noexcept {
     for (FailureSlot& slot : record().failures) {
         slot.active.store(0);
     }
+}
+
+void VirtualAudio::setDuration(AudioCall call, std::uint32_t milliseconds) noexcept {
+    record().log.setDuration(static_cast<std::uint32_t>(call), milliseconds);
 }
 
 void VirtualAudio::postNotice(std::uint32_t index, const AudioNotice& notice) noexcept {

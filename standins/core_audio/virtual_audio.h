@@ -73,6 +73,7 @@ enum class FriendlyName : std::uint32_t {
     Missing,   ///< VT_EMPTY.
     NullText,  ///< VT_LPWSTR with a null pointer.
     Number,    ///< VT_UI4.
+    Endless,   ///< The device's name over and over, VirtualAudio::kEndlessNameLength characters.
 };
 
 /// One call in the order in which the calls came.
@@ -135,6 +136,7 @@ public:
     static constexpr std::size_t kMaxDevices = 32;
     static constexpr std::size_t kMaxChannels = 8;
     static constexpr std::size_t kTextLength = 128;
+    static constexpr std::size_t kEndlessNameLength = 65'536;
     /// Notices that may wait at one time; older ones are lost.
     static constexpr std::size_t kNoticeQueueLength = 256;
 
@@ -160,6 +162,9 @@ public:
     /// Changes a device as its owner would, in the system's volume control. The number of channels stays.
     void setLevels(std::uint32_t index, const AudioLevels& levels);
     AudioLevels levels(std::uint32_t index) const;
+    /// What a collection says of its size; std::nullopt, as at first: the truth.
+    void setCountAnswer(std::optional<std::uint32_t> count) noexcept;
+    std::optional<std::uint32_t> countAnswer() const noexcept;
     /// What GetMute says of a muted device, 1 at first.
     void setMuteValue(std::int32_t value) noexcept;
     std::int32_t muteValue() const noexcept;
@@ -175,6 +180,8 @@ public:
 
     void failCall(AudioCall call, const AudioFailure& failure) noexcept;
     void clearFailures() noexcept;
+    /// Calls of that kind take so long from now on.
+    void setDuration(AudioCall call, std::uint32_t milliseconds) noexcept;
     /// Notifies the callbacks of the device, whose levels stay.
     void postNotice(std::uint32_t index, const AudioNotice& notice) noexcept;
     /// Waits until the server has delivered what was posted until now. False after `limit`, as when no

@@ -10,7 +10,7 @@ namespace Standins {
 namespace {
 
 // "KCTM" and the version of the layout below: raise it with every change.
-constexpr std::uint64_t kIdentity = 0x4B43'544D'0000'0001;
+constexpr std::uint64_t kIdentity = 0x4B43'544D'0000'0002;
 
 }  // namespace
 

@@ -21,7 +21,7 @@ constexpr std::size_t kFrameWords = Panelix::LcdSdk::kColorFrameBytes / sizeof(s
 static_assert(Panelix::LcdSdk::kColorFrameBytes % sizeof(std::uint64_t) == 0);
 
 // "KG19" and the version of the layout below: raise it with every change.
-constexpr std::uint64_t kIdentity = 0x4B47'3139'0000'0002;
+constexpr std::uint64_t kIdentity = 0x4B47'3139'0000'0003;
 
 constexpr std::uint64_t kFnvStart = 0xCBF2'9CE4'8422'2325;
 constexpr std::uint64_t kFnvPrime = 0x0000'0100'0000'01B3;
@@ -259,6 +259,10 @@ bool VirtualG19::addScriptStep(std::uint32_t mask, std::uint32_t passes) noexcep
 bool VirtualG19::scriptDone() const noexcept {
     const Record& r = record();
     return r.stepsDone.load(std::memory_order_acquire) == r.stepsQueued.load(std::memory_order_acquire);
+}
+
+void VirtualG19::setDuration(LcdCall call, std::uint32_t milliseconds) noexcept {
+    record().log.setDuration(static_cast<std::uint32_t>(call), milliseconds);
 }
 
 void VirtualG19::setRefuseInit(bool refuse) noexcept {

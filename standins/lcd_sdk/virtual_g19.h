@@ -126,6 +126,8 @@ public:
     /// True when every queued step has had all of its passes.
     bool scriptDone() const noexcept;
 
+    /// Calls of that kind take so long from now on.
+    void setDuration(LcdCall call, std::uint32_t milliseconds) noexcept;
     /// Makes LogiLcdInit return false. Off at first.
     void setRefuseInit(bool refuse) noexcept;
     bool refusesInit() const noexcept;

@@ -11,7 +11,7 @@ namespace Standins {
 namespace {
 
 // "KNVA" and the version of the layout below: raise it with every change.
-constexpr std::uint64_t kIdentity = 0x4B4E'5641'0000'0002;
+constexpr std::uint64_t kIdentity = 0x4B4E'5641'0000'0003;
 
 // Anything but null, and different for each card and each enumeration after a change.
 constexpr std::int64_t kFirstHandle = 0x4E56'0000;

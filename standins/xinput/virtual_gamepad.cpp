@@ -8,7 +8,7 @@ namespace Standins {
 namespace {
 
 // "KXIN" and the version of the layout below: raise it with every change.
-constexpr std::uint64_t kIdentity = 0x4B58'494E'0000'0001;
+constexpr std::uint64_t kIdentity = 0x4B58'494E'0000'0002;
 
 struct GamepadSlot {
     std::atomic<std::uint32_t> connected;

@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <atomic>
+#include <chrono>
 #include <cstdint>
 #include <memory>
 #include <thread>
@@ -59,6 +60,21 @@ TEST(CallLog, IsEmptyOnceItWasCleared) {
     ASSERT_EQ(calls.size(), 1U);
     EXPECT_EQ(calls[0].call, 2U);
     EXPECT_EQ(calls[0].arguments[0], 8);
+}
+
+TEST(CallLog, ACallTakesAsLongAsItsKindWasToldTo) {
+    const auto log = std::make_unique<CallLog>();
+    constexpr std::chrono::milliseconds kDuration{60};
+    const auto timeOf = [&log](std::uint32_t call) {
+        const auto start = std::chrono::steady_clock::now();
+        log->add(call);
+        return std::chrono::steady_clock::now() - start;
+    };
+    log->setDuration(3, static_cast<std::uint32_t>(kDuration.count()));
+    EXPECT_GE(timeOf(3), kDuration);
+    EXPECT_LT(timeOf(4), kDuration);
+    log->setDuration(3, 0);
+    EXPECT_LT(timeOf(3), kDuration);
 }
 
 }  // namespace
