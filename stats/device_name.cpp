@@ -3,6 +3,8 @@
 #include <propidl.h>
 #include <wrl/client.h>
 
+#include <cwchar>
+
 namespace {
 
 // Device's friendly name; the SDK declares the key, but no library of MinGW's defines it.
@@ -19,10 +21,11 @@ public:
 
     PROPVARIANT* put() noexcept { return &value_; }
 
-    /// Empty when the value is no text.
-    std::wstring text() const {
-        return value_.vt == VT_LPWSTR && value_.pwszVal != nullptr ? std::wstring(value_.pwszVal)
-                                                                   : std::wstring();
+    /// The beginning of the text, at most `length` characters; empty when the value is no text.
+    std::wstring text(std::size_t length) const {
+        return value_.vt == VT_LPWSTR && value_.pwszVal != nullptr
+                   ? std::wstring(value_.pwszVal, wcsnlen(value_.pwszVal, length))
+                   : std::wstring();
     }
 
 private:
@@ -39,5 +42,5 @@ std::wstring friendlyName(IMMDevice& device) {
     if (store != nullptr) {
         store->GetValue(kFriendlyNameKey, name.put());
     }
-    return name.text();
+    return name.text(kMaxDeviceNameLength);
 }

@@ -2,6 +2,7 @@
 
 #include <windows.h>
 
+#include <algorithm>
 #include <cwchar>
 #include <memory>
 #include <optional>
@@ -19,6 +20,9 @@ namespace {
 using Microsoft::WRL::ComPtr;
 
 constexpr std::uint32_t kQuestionPeriodMs = 1000;
+/// Devices that are listed at most: the page shows fewer, and a count that cannot be would stop the program
+/// for minutes.
+constexpr int kMaxListedDevices = 1000;
 
 struct CoTaskMemDeleter {
     void operator()(void* memory) const noexcept { CoTaskMemFree(memory); }
@@ -141,7 +145,7 @@ void SystemInfo::listDevices(std::vector<AudioDeviceEntry>& list, std::uint32_t&
     }
     UINT count = 0;
     speakers->GetCount(&count);
-    for (int i = 0; i < static_cast<int>(count); ++i) {
+    for (int i = 0; i < std::min(static_cast<int>(count), kMaxListedDevices); ++i) {
         ComPtr<IMMDevice> device;
         speakers->Item(static_cast<UINT>(i), &device);
         if (device == nullptr) {

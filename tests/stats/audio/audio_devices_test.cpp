@@ -119,6 +119,34 @@ TEST_F(AudioDevices, WithoutANameHaveAnEmptyOne) {
     EXPECT_EQ(rows, std::vector<Row>(3, {L"nameless", L""}));
 }
 
+TEST_F(AudioDevices, OfALongNameHaveItsBeginning) {
+    AudioDevice device;
+    device.id = L"endless";
+    device.name = L"Name ";
+    device.nameKind = FriendlyName::Endless;
+    ASSERT_TRUE(audio.addDevice(device));
+    SystemInfo info;
+    list(info);
+    ASSERT_EQ(rows.size(), 1U);
+    EXPECT_EQ(rows[0].name.size(), 256U);
+    EXPECT_EQ(rows[0].name.substr(0, 8), L"Name Nam");
+}
+
+TEST_F(AudioDevices, BeyondAThousandAreNotAskedFor) {
+    addDevices();
+    SystemInfo info;
+    for (const std::uint32_t count : {1'000U, 1'001U, 0x7FFFFFFFU}) {
+        audio.setCountAnswer(count);
+        const std::uint64_t before = audio.callCount(AudioCall::Item);
+        list(info);
+        EXPECT_EQ(rows, kAllRows);
+        EXPECT_EQ(audio.callCount(AudioCall::Item) - before, 1'000U);
+    }
+    audio.setCountAnswer(0xFFFFFFFF);
+    list(info);
+    EXPECT_TRUE(rows.empty());
+}
+
 TEST_F(AudioDevices, WithoutAnIdAreListedButAreNeverTheDefault) {
     AudioDevice device;
     device.idMissing = true;
