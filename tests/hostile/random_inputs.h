@@ -44,6 +44,7 @@ public:
     }
 
     unsigned taken() const { return taken_; }
+    unsigned total() const { return total_; }
 
     std::uint32_t number() { return static_cast<std::uint32_t>(random_()); }
     std::uint64_t longNumber() { return std::uint64_t{number()} << 32 | number(); }
