@@ -4,6 +4,7 @@
 #include <vector>
 
 #include "framework/core/unique_resource.h"
+#include "standins/protected_key.h"
 
 namespace Standins {
 
@@ -71,16 +72,8 @@ bool keepValues(HKEY key) {
 }
 
 bool registerClass(const std::wstring& classKey, const wchar_t* path) {
-    Panelix::UniqueHkey key;
-    if (RegCreateKeyExW(HKEY_LOCAL_MACHINE,
-                        (classKey + L"\\" + kServerKey).c_str(),
-                        0,
-                        nullptr,
-                        REG_OPTION_NON_VOLATILE,
-                        KEY_READ | KEY_WRITE,
-                        nullptr,
-                        key.put(),
-                        nullptr) != ERROR_SUCCESS) {
+    const Panelix::UniqueHkey key = openForWriting(HKEY_LOCAL_MACHINE, classKey + L"\\" + kServerKey);
+    if (!key) {
         return false;
     }
     if (!readValue(key.get(), kReplacedMark).exists && !keepValues(key.get())) {
@@ -102,10 +95,13 @@ bool restoreValue(HKEY key, const ReplacedValue& replaced) {
 bool unregisterClass(const std::wstring& classKey) {
     const std::wstring path = classKey + L"\\" + kServerKey;
     Panelix::UniqueHkey key;
-    if (RegOpenKeyExW(HKEY_LOCAL_MACHINE, path.c_str(), 0, KEY_READ | KEY_WRITE, key.put()) !=
-            ERROR_SUCCESS ||
+    if (RegOpenKeyExW(HKEY_LOCAL_MACHINE, path.c_str(), 0, KEY_READ, key.put()) != ERROR_SUCCESS ||
         !readValue(key.get(), kReplacedMark).exists) {
         return true;
+    }
+    key = openForWriting(HKEY_LOCAL_MACHINE, path);
+    if (!key) {
+        return false;
     }
     const bool wasThere = readValue(key.get(), kReplacedValues[0].keptName).exists;
     for (const ReplacedValue& replaced : kReplacedValues) {
