@@ -43,7 +43,9 @@ TEST(CallLog, EntriesAreWholeWhoeverWritesMeanwhile) {
         writer.join();
     }
     EXPECT_GT(read, 0U);
-    EXPECT_EQ(log->entries().size(), CallLog::kLength);
+    // A writer that was held up for a whole round of the log may have written over a newer entry.
+    EXPECT_GE(log->entries().size(), CallLog::kLength - kWriters);
+    EXPECT_LE(log->entries().size(), CallLog::kLength);
     for (std::uint32_t writer = 0; writer < kWriters; ++writer) {
         EXPECT_EQ(log->count(writer), static_cast<std::uint64_t>(kCallsPerWriter));
     }
