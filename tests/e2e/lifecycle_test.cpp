@@ -10,6 +10,7 @@
 #include "standins/wait_until.h"
 #include "tests/e2e/equipped_kelvaro.h"
 #include "tests/support/desktop_driver.h"
+#include "tests/support/only_wine.h"
 
 namespace {
 
@@ -145,6 +146,7 @@ TEST_F(Lifecycle, WithoutASoundSystemTheErrorIsShownAndTheLcdIsEnded) {
 }
 
 TEST_F(Lifecycle, WhenGdiPlusDoesNotStartTheErrorIsShownAndEverythingIsGivenBack) {
+    SKIP_ON_WINDOWS(kGdiplusIsTheSystems);
     useGdiplus(vendorLibraryPath(VendorLibrary::Gdiplus));
     start();
     expectErrorBox(L"Kelvaro - Drawing Error",
@@ -167,6 +169,7 @@ TEST_F(Lifecycle, WhenGdiPlusDoesNotStartTheErrorIsShownAndEverythingIsGivenBack
 }
 
 TEST_F(Lifecycle, AnErrorOutOfTheLoopIsShownBeforeAnythingEndsAndThenEverythingIsGivenBack) {
+    SKIP_ON_WINDOWS(kGdiplusIsTheSystems);
     useGdiplus(vendorLibraryPath(VendorLibrary::Gdiplus, "without_frames"));
     start();
     ASSERT_NE(waitForMessageBox(kelvaro->id()).window, nullptr);

@@ -11,7 +11,9 @@
 #include "framework/core/lcd_sdk_abi.h"
 #include "tests/pages/main_page_fixture.h"
 #include "tests/pages/slide_direction.h"
+#include "tests/support/documents_folder.h"
 #include "tests/support/message_box_watcher.h"
+#include "tests/support/only_wine.h"
 #include "tests/support/temporary_folder.h"
 
 namespace {
@@ -26,15 +28,12 @@ using testing::IsEmpty;
 class MainPageButtons : public MainPageOnKeyboard {
 protected:
     MainPageButtons() {
-        setDocuments(documents.path());
+        setDocumentsFolder(documents.path());
         log.clear();
     }
 
-    void setDocuments(const std::wstring& path) {
-        const std::wstring explorer = L"Software\\Microsoft\\Windows\\CurrentVersion\\Explorer\\";
-        for (const wchar_t* key : {L"Shell Folders", L"User Shell Folders"}) {
-            registry.setText(HKEY_CURRENT_USER, explorer + key, L"Personal", path);
-        }
+    void SetUp() override {
+        SKIP_ON_WINDOWS_UNLESS(documentsFolderIs(documents.path()), kDocumentsAreTheUsers);
     }
 
     /// The page's picture of the picture mode.
@@ -99,7 +98,7 @@ TEST_F(MainPageButtons, DownSavesWhatTheCanvasHeldBeforeThisDrawing) {
 
 TEST_F(MainPageButtons, TheErrorBoxOfAScreenshotIsFollowedByAFullPeriodOfTheSlide) {
     constexpr std::uint64_t kSlidePeriodUs = 16'000;
-    setDocuments(L"Q:\\nowhere");
+    setDocumentsFolder(L"Q:\\nowhere");
     const MessageBoxWatcher watcher(IDOK, [](const SeenMessageBox&) { Sleep(200); });
     // Looks before the main page does anything.
     auto first = std::make_unique<ProbePage>("first", &app, &log);

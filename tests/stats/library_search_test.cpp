@@ -14,6 +14,7 @@
 #include "stats/gpu_amd.h"
 #include "stats/gpu_nvidia.h"
 #include "stats/system_info.h"
+#include "tests/support/only_wine.h"
 #include "tests/support/standin_session.h"
 
 // Where the vendors' libraries are looked for. The tests put files into places that other programs see as
@@ -87,6 +88,15 @@ private:
 };
 
 class LibrarySearch : public testing::Test {
+protected:
+    void SetUp() override {
+        for (const wchar_t* library : {L"nvapi64.dll", L"atiadlxx.dll", L"GetCoreTempInfo.dll"}) {
+            SKIP_ON_WINDOWS_UNLESS(!exists(systemFolder() / library),
+                                   "the machine has such a library of its own");
+        }
+    }
+
+private:
     StandinSession session_;
 };
 

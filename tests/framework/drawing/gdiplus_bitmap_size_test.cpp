@@ -8,6 +8,7 @@
 #include "framework/core/exported_function.h"
 #include "framework/drawing/canvas.h"
 #include "framework/drawing/sys_exception.h"
+#include "tests/support/only_wine.h"
 
 using Panelix::Canvas;
 using Panelix::SysException;
@@ -19,6 +20,7 @@ using SetBitmapSize = void(int width, int height) noexcept;
 class GdiplusBitmapSize : public testing::Test {
 protected:
     void SetUp() override {
+        SKIP_ON_WINDOWS(kGdiplusIsTheSystems);
         setBitmapSize_ =
             Panelix::exportedFunction<SetBitmapSize>(GetModuleHandleW(L"gdiplus.dll"), "setBitmapSize");
         ASSERT_NE(setBitmapSize_, nullptr) << "the system's GDI+ was loaded instead of the stand-in";

@@ -16,6 +16,7 @@
 #include "framework/drawing/sys_exception.h"
 #include "tests/framework/drawing/test_resources.h"
 #include "tests/support/message_box_watcher.h"
+#include "tests/support/only_wine.h"
 #include "tests/support/registry_override.h"
 #include "tests/support/temporary_folder.h"
 
@@ -33,6 +34,7 @@ const std::wstring kNotInitialized =
 class GdiplusRefused : public testing::Test {
 protected:
     void SetUp() override {
+        SKIP_ON_WINDOWS(kGdiplusIsTheSystems);
         ULONG_PTR token = 0;
         const Gdiplus::GdiplusStartupInput input;
         ASSERT_NE(Gdiplus::GdiplusStartup(&token, &input, nullptr), Gdiplus::Ok)

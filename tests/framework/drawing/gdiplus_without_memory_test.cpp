@@ -11,6 +11,7 @@
 #include "framework/drawing/sys_exception.h"
 #include "tests/framework/drawing/test_resources.h"
 #include "tests/support/message_box_watcher.h"
+#include "tests/support/only_wine.h"
 
 using Panelix::Canvas;
 
@@ -19,6 +20,7 @@ namespace {
 class GdiplusWithoutMemory : public testing::Test {
 protected:
     void SetUp() override {
+        SKIP_ON_WINDOWS(kGdiplusIsTheSystems);
         ASSERT_EQ(Gdiplus::DllExports::GdipAlloc(8), nullptr)
             << "the system's GDI+ was loaded instead of the stand-in";
     }

@@ -14,9 +14,11 @@
 #include "framework/drawing/canvas.h"
 #include "framework/drawing/screenshot_name.h"
 #include "tests/framework/drawing/drawing_fixture.h"
+#include "tests/support/documents_folder.h"
 #include "tests/support/gdiplus_ledger.h"
 #include "tests/support/import_override.h"
 #include "tests/support/message_box_watcher.h"
+#include "tests/support/only_wine.h"
 #include "tests/support/registry_override.h"
 #include "tests/support/system_local_time.h"
 #include "tests/support/temporary_folder.h"
@@ -59,12 +61,9 @@ Gdiplus::GpStatus WINGDIPAPI giveEncodersAndFail(UINT count, UINT bytes, Gdiplus
 /// The user's Documents folder is a folder of the test's own.
 class Screenshot : public DrawingTest {
 protected:
-    void SetUp() override { setDocuments(folder_.path()); }
-
-    static void setDocuments(const std::wstring& path) {
-        const std::wstring explorer = L"Software\\Microsoft\\Windows\\CurrentVersion\\Explorer\\";
-        RegistryOverride::setText(HKEY_CURRENT_USER, explorer + L"Shell Folders", L"Personal", path);
-        RegistryOverride::setText(HKEY_CURRENT_USER, explorer + L"User Shell Folders", L"Personal", path);
+    void SetUp() override {
+        setDocumentsFolder(folder_.path());
+        SKIP_ON_WINDOWS_UNLESS(documentsFolderIs(folder_.path()), kDocumentsAreTheUsers);
     }
 
     void compose(Screen& page) {
@@ -153,7 +152,7 @@ TEST_F(Screenshot, NameOfTheDocumentsFolderMayHaveAnyCharacter) {
     // Of no ANSI code page.
     const std::wstring documents = folder_.path() + L"\\\u0414\u043E\u043A \u65E5\u672C \U0001F4F7";
     ASSERT_TRUE(CreateDirectoryW(documents.c_str(), nullptr));
-    setDocuments(documents);
+    setDocumentsFolder(documents);
     compose(page_);
     canvas_.saveScreenshot();
     EXPECT_TRUE(watcher_.boxes().empty());
@@ -166,7 +165,7 @@ TEST_F(Screenshot, NameOfTheDocumentsFolderMayHaveAnyCharacter) {
 }
 
 TEST_F(Screenshot, MissingDocumentsFolderIsReported) {
-    setDocuments(L"Q:\\nowhere");
+    setDocumentsFolder(L"Q:\\nowhere");
     canvas_.saveScreenshot();
     const std::vector<SeenMessageBox> boxes = watcher_.boxes();
     ASSERT_EQ(boxes.size(), 1U);
@@ -178,8 +177,9 @@ TEST_F(Screenshot, MissingDocumentsFolderIsReported) {
 }
 
 TEST_F(Screenshot, ReadOnlyFolderIsReportedAndTheCanvasStaysUsable) {
+    SKIP_ON_WINDOWS("an administrator may write everywhere");
     // The kernel's own files: a folder that exists and takes none of ours.
-    setDocuments(L"Z:\\proc");
+    setDocumentsFolder(L"Z:\\proc");
     paintPattern(page_);
     compose(page_);
     canvas_.saveScreenshot();
@@ -191,7 +191,7 @@ TEST_F(Screenshot, ReadOnlyFolderIsReportedAndTheCanvasStaysUsable) {
     EXPECT_EQ(boxes[0].text, Canvas::statusText(Gdiplus::GenericError));
 
     EXPECT_TRUE(samePicture(frameOf(canvas_), page_.picture()));
-    setDocuments(folder_.path());
+    setDocumentsFolder(folder_.path());
     canvas_.saveScreenshot();
     EXPECT_EQ(folder_.files().size(), 1U);
     EXPECT_EQ(watcher_.boxes().size(), 1U);

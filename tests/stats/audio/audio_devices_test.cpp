@@ -7,6 +7,7 @@
 #include "tests/stats/audio/heap_watch.h"
 #include "tests/stats/audio/task_memory_watch.h"
 #include "tests/stats/audio/with_audio.h"
+#include "tests/support/only_wine.h"
 
 namespace {
 
@@ -46,6 +47,8 @@ protected:
 class AudioDevicesWithoutPolicy : public AudioDevices {
 protected:
     AudioDevicesWithoutPolicy() : AudioDevices(false) {}
+
+    void SetUp() override { SKIP_ON_WINDOWS("the system has a policy configuration, and would obey"); }
 };
 
 const std::vector<Row> kAllRows = {
