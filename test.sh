@@ -36,6 +36,7 @@ summary says how many seconds each part took.
                      package     the release files, as ./package.sh makes them
                      installer   the installer from end to end, in a Wine prefix of its own
                      signing     release files that are signed with a certificate made for it
+                     bundle      the tests as they are packed for Windows, in a Wine prefix of their own
                      same bytes  the release files of two clean clones, compared
   --filter REGEX   only the tests whose names match; without the checks that are no tests
   --bench          no tests: measures the program and prints a table of figures (scripts/bench.sh, whose --help says
@@ -58,6 +59,7 @@ slowChecks=(
     "package|Making the release files|tests/package/release_files.sh"
     "installer|Installing, upgrading and uninstalling|tests/package/installer.sh"
     "signing|Signing the release files|tests/package/signing.sh"
+    "bundle|Running the tests that are packed for Windows|scripts/check_test_bundle.sh"
     "same bytes|Making the release files of two clean clones|tests/package/same_bytes.sh"
 )
 
@@ -130,8 +132,10 @@ checkByScript() {
     fi
 }
 
+# The tests that they run are those of the other forms, which have not run yet.
 runSlowChecks() {
     local check part what command words
+    unset KELVARO_ALL
     for check in "${slowChecks[@]}"; do
         IFS='|' read -r part what command <<<"$check"
         read -ra words <<<"$command"
@@ -226,7 +230,7 @@ beginPart packages "Looking for the packages"
 packages=("${KELVARO_RUN_PACKAGES[@]}" "${KELVARO_TEST_PACKAGES[@]}")
 if ((all)); then
     packages+=("${KELVARO_CHECK_PACKAGES[@]}" "${KELVARO_PACKAGE_PACKAGES[@]}" "${KELVARO_SIGN_PACKAGES[@]}"
-        "${KELVARO_PACKAGE_TEST_PACKAGES[@]}")
+        "${KELVARO_PACKAGE_TEST_PACKAGES[@]}" "${KELVARO_BUNDLE_PACKAGES[@]}")
 fi
 ensurePackages "${packages[@]}"
 reportLine

@@ -50,6 +50,14 @@ KELVARO_PACKAGE_TEST_PACKAGES=(
     unzip
 )
 
+# What packing the tests for Windows, and unpacking them, needs.
+KELVARO_BUNDLE_PACKAGES=(
+    ninja-build
+    g++-mingw-w64-x86-64-posix
+    zip
+    unzip
+)
+
 # Prints those of the given packages that are not installed, on one line.
 missingPackages() {
     local installed package absent=()
