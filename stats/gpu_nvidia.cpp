@@ -28,6 +28,7 @@ GpuNvidia::~GpuNvidia() {
 bool GpuNvidia::initialise() {
     Nvapi::Status status = Nvapi::kOk;
     library_ = NvapiLibrary::start(status);
+    statuses_.initialisation = status;
     return check(status, L"Failed to initialize Nvidia API") &&
            check(findFirstGpu(), L"Failed to get primary GPU");
 }

@@ -9,6 +9,7 @@
 
 /// What the latest call of each function returned; nothing before the first.
 struct NvidiaStatuses {
+    std::optional<Nvapi::Status> initialisation;
     std::optional<Nvapi::Status> enumeration;
     std::optional<Nvapi::Status> name;
     std::optional<Nvapi::Status> load;

@@ -173,6 +173,10 @@ PrivateNames currentPrivateNames() {
         addName(names.users, name.data());
     }
     addName(names.users, environmentText(L"USERNAME"));
+    // One may begin with another.
+    std::sort(names.users.begin(), names.users.end(), [](const std::wstring& one, const std::wstring& other) {
+        return one.size() > other.size();
+    });
     for (const COMPUTER_NAME_FORMAT format :
          {ComputerNameNetBIOS, ComputerNameDnsFullyQualified, ComputerNameDnsHostname}) {
         length = static_cast<DWORD>(name.size());

@@ -141,7 +141,7 @@ void reportStatus(ReportWriter& writer,
                   const wchar_t* call,
                   const std::optional<Nvapi::Status>& status) {
     if (!status) {
-        writer.value(call, L"not called");
+        writer.value(call, L"not called, for want of a card");
     } else if (*status == Nvapi::kOk) {
         writer.value(call, L"works");
     } else {
@@ -158,15 +158,19 @@ void reportNvidiaCard(ReportWriter& writer) {
     const std::wstring name = found ? gpu.name() : std::wstring();
     const GpuStats stats = found ? gpu.sample() : GpuStats();
     const NvidiaStatuses& statuses = gpu.statuses();
-    writer.value(L"Card usable", found ? L"yes" : L"no, " + gpu.lastError());
-    reportStatus(writer, gpu, L"Enumeration", statuses.enumeration);
-    if (!found) {
+    writer.value(L"Driver answers", found ? L"yes" : L"no, " + gpu.lastError());
+    reportStatus(writer, gpu, L"Start of the driver", statuses.initialisation);
+    if (statuses.initialisation != Nvapi::kOk) {
         return;
     }
+    reportStatus(writer, gpu, L"List of the cards", statuses.enumeration);
     // Now, because no driver need tell them before it is initialised.
     if (auto* const queryInterface = Panelix::exportedFunction<Nvapi::QueryInterface>(
             GetModuleHandleW(Nvapi::kLibraryFile), Nvapi::kQueryInterfaceName)) {
         reportNvapiEntries(writer, queryInterface);
+    }
+    if (!found) {
+        return;
     }
     reportStatus(writer, gpu, L"Call for the name", statuses.name);
     reportStatus(writer, gpu, L"Call for the load", statuses.load);
@@ -181,7 +185,7 @@ void reportNvidiaCard(ReportWriter& writer) {
 
 void reportResult(ReportWriter& writer, const wchar_t* call, const std::optional<int>& result) {
     if (!result) {
-        writer.value(call, L"not called");
+        writer.value(call, L"not called, for want of a session");
     } else {
         writer.value(call, *result == Adl::kOk ? std::wstring(L"works") : adlResultText(*result));
     }
@@ -193,7 +197,7 @@ void reportAmdCard(ReportWriter& writer) {
     const std::wstring name = found ? gpu.name() : std::wstring();
     const GpuStats stats = found ? gpu.sample() : GpuStats();
     const AmdResults& results = gpu.results();
-    writer.value(L"Card usable", found ? L"yes" : L"no, " + gpu.lastError());
+    writer.value(L"Driver answers", found ? L"yes" : L"no, " + gpu.lastError());
     reportResult(writer, L"Start of a session", results.create);
     reportResult(writer, L"Number of adapters", results.adapterCount);
     if (results.adapterCount == Adl::kOk) {

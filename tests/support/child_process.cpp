@@ -2,7 +2,10 @@
 
 #include <gtest/gtest.h>
 
-ChildProcess::ChildProcess(const std::wstring& path, const std::wstring& arguments, HANDLE standardError) {
+ChildProcess::ChildProcess(const std::wstring& path,
+                           const std::wstring& arguments,
+                           HANDLE standardError,
+                           HANDLE standardOutput) {
     // CreateProcessW may write into the line.
     std::wstring line = L"\"" + path + L"\"";
     if (!arguments.empty()) {
@@ -10,10 +13,11 @@ ChildProcess::ChildProcess(const std::wstring& path, const std::wstring& argumen
     }
     STARTUPINFOW startup{};
     startup.cb = sizeof(startup);
-    const BOOL inherit = standardError != nullptr ? TRUE : FALSE;
+    const BOOL inherit = standardError != nullptr || standardOutput != nullptr ? TRUE : FALSE;
     if (inherit != FALSE) {
         startup.dwFlags = STARTF_USESTDHANDLES;
         startup.hStdError = standardError;
+        startup.hStdOutput = standardOutput;
     }
     PROCESS_INFORMATION started{};
     EXPECT_NE(

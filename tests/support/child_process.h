@@ -12,10 +12,12 @@
 class ChildProcess {
 public:
     /// Starts `path` with `arguments` after it on the command line. Fails the test when that does not work.
-    /// `standardError`, unless null, is an inheritable handle that the program gets as its standard error.
+    /// `standardError` and `standardOutput`, unless null, are inheritable handles that the program gets as
+    /// such.
     explicit ChildProcess(const std::wstring& path,
                           const std::wstring& arguments = {},
-                          HANDLE standardError = nullptr);
+                          HANDLE standardError = nullptr,
+                          HANDLE standardOutput = nullptr);
     ~ChildProcess();
     ChildProcess(const ChildProcess&) = delete;
     ChildProcess& operator=(const ChildProcess&) = delete;

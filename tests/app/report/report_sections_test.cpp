@@ -1,0 +1,552 @@
+#include <windows.h>
+
+#include <audioclient.h>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <cstdint>
+#include <functional>
+#include <string>
+#include <vector>
+
+#include "app/report/report.h"
+#include "app/report/report_writer.h"
+#include "app/report/sections.h"
+#include "framework/core/com_apartment.h"
+#include "standins/adl/virtual_radeon.h"
+#include "standins/core_audio/loaded_core_audio.h"
+#include "standins/core_audio/virtual_audio.h"
+#include "standins/core_temp/virtual_core_temp.h"
+#include "standins/lcd_sdk/virtual_g19.h"
+#include "standins/nvapi/virtual_nvidia.h"
+#include "standins/vendor_libraries.h"
+#include "tests/stats/preloaded_library.h"
+#include "tests/support/import_override.h"
+#include "tests/support/installation.h"
+#include "tests/support/lcd_registration.h"
+#include "tests/support/registry_override.h"
+#include "tests/support/standin_session.h"
+
+// Single sections on machines that lack or refuse something. The whole text is a test of the shipped program.
+
+namespace {
+
+using Standins::AdlCall;
+using Standins::AudioCall;
+using Standins::LcdCall;
+using Standins::NvapiCall;
+using Standins::VendorLibrary;
+using Standins::vendorLibraryPath;
+using testing::ElementsAre;
+using testing::HasSubstr;
+using testing::IsEmpty;
+using testing::Not;
+
+/// Writes one section without hiding anything.
+class ReportSection : public testing::Test {
+protected:
+    void write(const std::function<void(ReportWriter&)>& content) {
+        text.clear();
+        writer.section(L"Title", [&] { content(writer); });
+    }
+
+    /// One line of the section.
+    static std::wstring line(const std::wstring& label, const std::wstring& value) {
+        std::wstring whole = L"  " + label;
+        whole.resize(ReportWriter::kValueColumn, L' ');
+        return L"\n" + whole + value + L"\n";
+    }
+
+    StandinSession session;
+    std::wstring text;
+    ReportWriter writer{[this](std::wstring_view each) { text += std::wstring(each) + L"\n"; },
+                        [](std::wstring value) { return value; }};
+};
+
+// NVIDIA
+
+class ReportOfNvidia : public ReportSection {
+protected:
+    ReportOfNvidia() {
+        driver.setGpuCount(1);
+        driver.setName(0, "Test GPU");
+        driver.setFigures(0, {30, 61, 8'388'608, 6'291'456, 1'350'000});
+        driver.setErrorText("No sensor there");
+    }
+
+    Standins::VirtualNvidia driver;
+};
+
+struct NvapiFunction {
+    NvapiCall call;
+    const wchar_t* text;
+    /// What then has no figure.
+    const wchar_t* label;
+};
+
+class ReportOfNvidiaWithoutAFunction : public ReportOfNvidia,
+                                       public testing::WithParamInterface<NvapiFunction> {};
+
+TEST_P(ReportOfNvidiaWithoutAFunction, NamesItAndItsId) {
+    const PreloadedLibrary library(vendorLibraryPath(VendorLibrary::Nvapi));
+    driver.setMissing(GetParam().call, true);
+    write(reportNvidia);
+    EXPECT_THAT(text, HasSubstr(line(L"Missing entry", GetParam().text)));
+    EXPECT_EQ(text.find(L"Missing entry"), text.rfind(L"Missing entry"));
+    EXPECT_THAT(text, HasSubstr(line(L"Entries", L"1 of 8 missing")));
+    EXPECT_THAT(writer.incomplete(), IsEmpty()) << "a finding";
+    if (GetParam().label != nullptr) {
+        EXPECT_THAT(text, HasSubstr(line(GetParam().label, L"no figure")));
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    EachFunction,
+    ReportOfNvidiaWithoutAFunction,
+    testing::Values(
+        NvapiFunction{NvapiCall::Unload, L"NvAPI_Unload (id 0xD22BDD7E)", nullptr},
+        NvapiFunction{NvapiCall::GetErrorMessage, L"NvAPI_GetErrorMessage (id 0x6C2D048C)", nullptr},
+        NvapiFunction{NvapiCall::EnumPhysicalGpus, L"NvAPI_EnumPhysicalGPUs (id 0xE5AC921F)", nullptr},
+        NvapiFunction{NvapiCall::GpuGetFullName, L"NvAPI_GPU_GetFullName (id 0xCEEE8E9F)", nullptr},
+        NvapiFunction{NvapiCall::GpuGetDynamicPstatesInfoEx,
+                      L"NvAPI_GPU_GetDynamicPstatesInfoEx (id 0x60DED2ED)",
+                      L"Load"},
+        NvapiFunction{NvapiCall::GpuGetThermalSettings,
+                      L"NvAPI_GPU_GetThermalSettings (id 0xE3640A56)",
+                      L"Temperature"},
+        NvapiFunction{
+            NvapiCall::GpuGetMemoryInfo, L"NvAPI_GPU_GetMemoryInfo (id 0x07F9B368)", L"Video memory in use"},
+        NvapiFunction{NvapiCall::GpuGetAllClockFrequencies,
+                      L"NvAPI_GPU_GetAllClockFrequencies (id 0xDCB616C3)",
+                      L"Core clock"}));
+
+TEST_F(ReportOfNvidia, TellsTheStatusOfACallThatFailsAndTheDriversTextForIt) {
+    const PreloadedLibrary library(vendorLibraryPath(VendorLibrary::Nvapi));
+    driver.setStatus(NvapiCall::GpuGetThermalSettings, -104);
+    write(reportNvidia);
+    EXPECT_THAT(text,
+                HasSubstr(line(L"Call for the temperature",
+                               L"fails, status -104: NVAPI_NOT_SUPPORTED, \"No sensor there\"")));
+    EXPECT_THAT(text, HasSubstr(line(L"Call for the load", L"works")));
+    EXPECT_THAT(text, HasSubstr(line(L"Temperature", L"no figure")));
+    EXPECT_THAT(text, HasSubstr(line(L"Load", L"30 %")));
+}
+
+TEST_F(ReportOfNvidia, TellsWhyTheDriverDoesNotStart) {
+    const PreloadedLibrary library(vendorLibraryPath(VendorLibrary::Nvapi));
+    driver.setStatus(NvapiCall::Initialize, -6);
+    write(reportNvidia);
+    EXPECT_THAT(text,
+                HasSubstr(line(L"Start of the driver",
+                               L"fails, status -6: NVAPI_NVIDIA_DEVICE_NOT_FOUND, \"No sensor there\"")));
+    EXPECT_THAT(text,
+                HasSubstr(line(L"Driver answers", L"no, Failed to initialize Nvidia API: No sensor there")));
+}
+
+TEST_F(ReportOfNvidia, TellsALibraryThatIsNotTheDriver) {
+    const PreloadedLibrary library(vendorLibraryPath(VendorLibrary::Nvapi, "without_entry"));
+    write(reportNvidia);
+    EXPECT_THAT(text, HasSubstr(line(L"nvapi_QueryInterface", L"missing")));
+    EXPECT_THAT(text, HasSubstr(L"NVAPI_LIBRARY_NOT_FOUND"));
+}
+
+TEST_F(ReportOfNvidia, TellsADriverWithoutCards) {
+    const PreloadedLibrary library(vendorLibraryPath(VendorLibrary::Nvapi));
+    driver.setGpuCount(0);
+    write(reportNvidia);
+    EXPECT_THAT(text, HasSubstr(line(L"List of the cards", L"works")));
+    EXPECT_THAT(text, HasSubstr(line(L"Call for the load", L"not called, for want of a card")));
+    EXPECT_THAT(text, HasSubstr(line(L"Load", L"no figure")));
+}
+
+// AMD
+
+class ReportOfAmd : public ReportSection {
+protected:
+    ReportOfAmd() {
+        driver.setAdapterCount(1);
+        driver.setName(0, "Radeon Test 900");
+        driver.setFigures(0, {42, 120'000, 45'500});
+    }
+
+    Standins::VirtualRadeon driver;
+};
+
+class ReportOfAmdWithoutAnEntry : public ReportOfAmd, public testing::WithParamInterface<const char*> {};
+
+TEST_P(ReportOfAmdWithoutAnEntry, NamesIt) {
+    const std::string missing = GetParam();
+    const PreloadedLibrary library(vendorLibraryPath(VendorLibrary::Adl, "without_" + missing));
+    write(reportAmd);
+    EXPECT_THAT(text, HasSubstr(line(L"Entries", L"1 of 7 missing")));
+    EXPECT_THAT(text, HasSubstr(line(L"Missing entry", std::wstring(missing.begin(), missing.end()))));
+    EXPECT_THAT(text, HasSubstr(line(L"Driver answers", L"no, AMD specific APIs are missing")));
+    EXPECT_THAT(writer.incomplete(), IsEmpty()) << "a finding";
+}
+
+INSTANTIATE_TEST_SUITE_P(EachEntry,
+                         ReportOfAmdWithoutAnEntry,
+                         testing::Values("ADL2_Main_Control_Create",
+                                         "ADL2_Main_Control_Destroy",
+                                         "ADL2_Adapter_NumberOfAdapters_Get",
+                                         "ADL2_Adapter_AdapterInfoX2_Get",
+                                         "ADL2_Adapter_Active_Get",
+                                         "ADL2_Overdrive6_Temperature_Get",
+                                         "ADL2_Overdrive6_CurrentStatus_Get"));
+
+TEST_F(ReportOfAmd, TellsTheResultOfACallThatFailsAndItsName) {
+    const PreloadedLibrary library(vendorLibraryPath(VendorLibrary::Adl));
+    driver.setStatus(AdlCall::Overdrive6TemperatureGet, -1);
+    driver.setStatus(AdlCall::Overdrive6CurrentStatusGet, -99);
+    write(reportAmd);
+    EXPECT_THAT(text, HasSubstr(line(L"Call for the temperature", L"fails, result -1: ADL_ERR")));
+    EXPECT_THAT(text, HasSubstr(line(L"Call for load and clock", L"fails, result -99")));
+    EXPECT_THAT(text, HasSubstr(line(L"Name", L"Radeon Test 900")));
+    EXPECT_THAT(text, HasSubstr(line(L"Temperature", L"no figure")));
+    EXPECT_THAT(text, HasSubstr(line(L"Core clock", L"no figure")));
+}
+
+TEST_F(ReportOfAmd, GarbageStaysInItsLine) {
+    const PreloadedLibrary library(vendorLibraryPath(VendorLibrary::Adl));
+    driver.setAdapterCount(2'147'483'647);
+    driver.setName(0, std::string(256, '\n'));
+    driver.setFigures(0, {-2'147'483'647, -1, 2'147'483'647});
+    write(reportAmd);
+    EXPECT_THAT(text, HasSubstr(line(L"Adapters", L"2147483647")));
+    EXPECT_THAT(text, HasSubstr(line(L"Name", std::wstring(256, L'?'))));
+    EXPECT_THAT(text, HasSubstr(line(L"Load", L"-2147483647 %")));
+    EXPECT_THAT(text, HasSubstr(line(L"Temperature", L"2147483 \u00B0C")));
+}
+
+TEST_F(ReportOfAmd, EndsTheSessionThatItStarts) {
+    const PreloadedLibrary library(vendorLibraryPath(VendorLibrary::Adl));
+    write(reportAmd);
+    EXPECT_EQ(driver.callCount(AdlCall::MainControlCreate), 1U);
+    EXPECT_EQ(driver.callCount(AdlCall::MainControlDestroy), 1U);
+}
+
+// Core Temp
+
+class ReportOfCoreTempWithoutAMember : public ReportSection,
+                                       public testing::WithParamInterface<const char*> {};
+
+TEST_P(ReportOfCoreTempWithoutAMember, NamesIt) {
+    const std::string missing = GetParam();
+    const PreloadedLibrary library(vendorLibraryPath(VendorLibrary::CoreTemp, "without_" + missing));
+    write(reportCoreTemp);
+    EXPECT_THAT(text, HasSubstr(line(L"Entries", L"1 of 12 missing")));
+    EXPECT_THAT(text, HasSubstr(L"  Missing entry               ?"));
+    const std::wstring decorated = missing == "Constructor" ? L"??0"
+                                   : missing == "Destructor"
+                                       ? L"??1"
+                                       : L"?" + std::wstring(missing.begin(), missing.end());
+    EXPECT_THAT(text, HasSubstr(L" " + decorated));
+    EXPECT_THAT(text, HasSubstr(line(L"Read through", L"the shared memory")));
+}
+
+INSTANTIATE_TEST_SUITE_P(EachMember,
+                         ReportOfCoreTempWithoutAMember,
+                         testing::Values("Constructor",
+                                         "Destructor",
+                                         "GetData",
+                                         "IsFahrenheit",
+                                         "GetCPUName",
+                                         "GetCPUSpeed",
+                                         "GetFSBSpeed",
+                                         "GetMultiplier",
+                                         "GetVID",
+                                         "GetCPUCount",
+                                         "GetCoreCount",
+                                         "GetTemp"));
+
+// LCD
+
+class ReportOfTheLcd : public ReportSection {
+protected:
+    void write(bool start) {
+        ReportSection::write([&](ReportWriter& each) { reportLcd(each, start); });
+    }
+
+    RegistryOverride registry;
+    Standins::VirtualG19 keyboard;
+};
+
+TEST_F(ReportOfTheLcd, NeverStartsTheLibraryUnasked) {
+    registerLcdLibrary(vendorLibraryPath(VendorLibrary::LcdSdk));
+    write(false);
+    EXPECT_THAT(text, HasSubstr(line(L"LogiLcdInit", L"there (needed)")));
+    EXPECT_THAT(text, HasSubstr(line(L"LogiLcdColorSetText", L"there (not used)")));
+    EXPECT_THAT(text, HasSubstr(line(L"LogiLcdInit", L"not called: only with --lcd")));
+    EXPECT_THAT(keyboard.calls(), IsEmpty());
+}
+
+TEST_F(ReportOfTheLcd, StartsAndEndsTheLibraryOnceWhenAsked) {
+    registerLcdLibrary(vendorLibraryPath(VendorLibrary::LcdSdk));
+    write(true);
+    EXPECT_THAT(text, HasSubstr(line(L"LogiLcdInit returned", L"true")));
+    EXPECT_THAT(text, HasSubstr(line(L"Colour LCD connected", L"yes")));
+    EXPECT_EQ(keyboard.initRecord().name, L"Kelvaro");
+    std::vector<LcdCall> calls;
+    for (const Standins::LcdCallEntry& entry : keyboard.calls()) {
+        calls.push_back(entry.call);
+    }
+    EXPECT_THAT(calls, ElementsAre(LcdCall::Init, LcdCall::IsConnected, LcdCall::Shutdown));
+}
+
+TEST_F(ReportOfTheLcd, TellsALcdThatIsNotConnected) {
+    registerLcdLibrary(vendorLibraryPath(VendorLibrary::LcdSdk));
+    keyboard.setConnected(false);
+    write(true);
+    EXPECT_THAT(text, HasSubstr(line(L"Colour LCD connected", L"no")));
+}
+
+TEST_F(ReportOfTheLcd, DoesNotEndALibraryThatRefusedToStart) {
+    registerLcdLibrary(vendorLibraryPath(VendorLibrary::LcdSdk));
+    keyboard.setRefuseInit(true);
+    write(true);
+    EXPECT_THAT(text, HasSubstr(line(L"LogiLcdInit returned", L"false: Kelvaro runs in desktop mode")));
+    EXPECT_EQ(keyboard.callCount(LcdCall::Shutdown), 0U);
+}
+
+TEST_F(ReportOfTheLcd, TellsAFileThatIsNotThereAndOneThatIsNoLibrary) {
+    registerLcdLibrary(L"C:\\nowhere\\LogitechLcd.dll");
+    write(true);
+    EXPECT_THAT(text, HasSubstr(line(L"Registered library", L"C:\\nowhere\\LogitechLcd.dll")));
+    EXPECT_THAT(text, HasSubstr(line(L"The file", L"not there")));
+    EXPECT_THAT(text, HasSubstr(L"Loaded                      no, error "));
+
+    const InstallationFolder folder;
+    registerLcdLibrary(folder.executable());
+    write(true);
+    EXPECT_THAT(text, HasSubstr(line(L"The file", L"there, no version record")));
+    EXPECT_THAT(text, HasSubstr(L"Loaded                      no, error "));
+    EXPECT_THAT(writer.incomplete(), IsEmpty());
+}
+
+TEST_F(ReportOfTheLcd, TellsAPathThatKelvaroDoesNotRead) {
+    registerLcdLibrary(std::wstring(260, L'x'));
+    write(true);
+    EXPECT_THAT(
+        text,
+        HasSubstr(line(L"Registered library", L"longer than a path may be, which Kelvaro does not read")));
+}
+
+class ReportOfTheLcdWithoutAnExport : public ReportOfTheLcd,
+                                      public testing::WithParamInterface<const char*> {};
+
+TEST_P(ReportOfTheLcdWithoutAnExport, NamesItAndNoOther) {
+    const std::string missing = GetParam();
+    registerLcdLibrary(vendorLibraryPath(VendorLibrary::LcdSdk, "without_" + missing));
+    write(true);
+    EXPECT_THAT(text, HasSubstr(std::wstring(L"\n  ") + std::wstring(missing.begin(), missing.end())));
+    const std::size_t found = text.find(L"missing (");
+    ASSERT_NE(found, std::wstring::npos);
+    EXPECT_EQ(found, text.rfind(L"missing ("));
+    const std::wstring before = text.substr(0, found);
+    EXPECT_THAT(before.substr(before.rfind(L'\n')),
+                HasSubstr(std::wstring(missing.begin(), missing.end()) + L" "));
+    EXPECT_EQ(keyboard.callCount(LcdCall::Init), missing == "LogiLcdInit" ? 0U : 1U);
+    EXPECT_EQ(keyboard.callCount(LcdCall::Shutdown),
+              missing == "LogiLcdInit" || missing == "LogiLcdShutdown" ? 0U : 1U);
+}
+
+INSTANTIATE_TEST_SUITE_P(EachExport,
+                         ReportOfTheLcdWithoutAnExport,
+                         testing::Values("LogiLcdInit",
+                                         "LogiLcdIsConnected",
+                                         "LogiLcdIsButtonPressed",
+                                         "LogiLcdUpdate",
+                                         "LogiLcdShutdown",
+                                         "LogiLcdMonoSetBackground",
+                                         "LogiLcdMonoSetText",
+                                         "LogiLcdColorSetBackground",
+                                         "LogiLcdColorSetTitle",
+                                         "LogiLcdColorSetText"));
+
+// Mail
+
+class ReportOfMail : public ReportSection {
+protected:
+    static void addAccount(const std::wstring& name, DWORD unread) {
+        RegistryOverride::setValue(
+            HKEY_CURRENT_USER, key(name), L"MessageCount", REG_DWORD, &unread, sizeof(unread));
+    }
+    static std::wstring key(const std::wstring& name) {
+        return L"SOFTWARE\\Microsoft\\Windows\\CurrentVersion\\UnreadMail\\" + name;
+    }
+
+    RegistryOverride registry;
+};
+
+TEST_F(ReportOfMail, CountsAccountsAndMailsWithoutAnyName) {
+    addAccount(L"anna.muster@example.org", 3);
+    addAccount(L"bert@example.org", 12);
+    write(reportMail);
+    EXPECT_EQ(text,
+              L"\nTitle\n"
+              L"  Accounts                    2\n"
+              L"  Unread in account 1         3\n"
+              L"  Unread in account 2         12\n"
+              L"  Unread, as Kelvaro counts   15\n");
+}
+
+TEST_F(ReportOfMail, TellsAnAccountWithoutACount) {
+    RegistryOverride::makeKey(HKEY_CURRENT_USER, key(L"anna@example.org"));
+    write(reportMail);
+    EXPECT_THAT(text, HasSubstr(L"  Unread in account 1         no count, error 2"));
+    EXPECT_THAT(text, HasSubstr(line(L"Unread, as Kelvaro counts", L"not available")));
+    EXPECT_THAT(text, Not(HasSubstr(L"anna")));
+    EXPECT_THAT(writer.incomplete(), IsEmpty());
+}
+
+// Start with Windows
+
+class ReportOfTheStart : public ReportSection {
+protected:
+    ReportOfTheStart() { RegistryOverride::makeKey(HKEY_CURRENT_USER, kRunKey); }
+
+    static void setRun(const std::wstring& value) {
+        RegistryOverride::setText(HKEY_CURRENT_USER, kRunKey, L"Kelvaro", value);
+    }
+
+    RegistryOverride registry;
+};
+
+TEST_F(ReportOfTheStart, TellsAnEntryThatPointsElsewhere) {
+    const InstallationFolder folder;
+    setRun(L"\"" + folder.executable() + L"\" -delay15");
+    RegistryOverride::setText(HKEY_LOCAL_MACHINE, kProgramKey, L"InstallDir", folder.path());
+    write(reportStart);
+    EXPECT_EQ(text,
+              L"\nTitle\n"
+              L"  Run entry                   \"" +
+                  folder.executable() +
+                  L"\" -delay15\n"
+                  L"  Points at Kelvaro.exe here  no, but at a file that is there\n"
+                  L"  Starts with Windows         yes\n"
+                  L"  Delay                       15 s\n"
+                  L"  InstallDir                  " +
+                  folder.path() +
+                  L"\n"
+                  L"  Installed program           " +
+                  folder.executable() +
+                  L"\n"
+                  L"  It is Kelvaro.exe here      no\n");
+}
+
+TEST_F(ReportOfTheStart, TellsAnEntryThatPointsNowhereWithOrWithoutQuotes) {
+    setRun(L"\"C:\\no such folder\\Kelvaro.exe\"");
+    write(reportStart);
+    EXPECT_THAT(text, HasSubstr(line(L"Points at Kelvaro.exe here", L"no, and the file is not there")));
+    setRun(L"C:\\nowhere\\Kelvaro.exe -delay 3");
+    write(reportStart);
+    EXPECT_THAT(text, HasSubstr(line(L"Points at Kelvaro.exe here", L"no, and the file is not there")));
+    setRun(L"\"");
+    write(reportStart);
+    EXPECT_THAT(text, HasSubstr(line(L"Points at Kelvaro.exe here", L"no, and the file is not there")));
+}
+
+TEST_F(ReportOfTheStart, TellsAnEntryThatKelvaroCannotRead) {
+    setRun(std::wstring(300, L'x'));
+    write(reportStart);
+    EXPECT_THAT(text, HasSubstr(line(L"Run entry", L"longer than 260 bytes, which Kelvaro does not read")));
+    EXPECT_THAT(text, HasSubstr(line(L"Settings", L"cannot be read: the dialog shows neither of them")));
+    const DWORD number = 7;
+    RegistryOverride::setValue(HKEY_CURRENT_USER, kRunKey, L"Kelvaro", REG_DWORD, &number, sizeof(number));
+    write(reportStart);
+    EXPECT_THAT(text, HasSubstr(line(L"Run entry", L"of type 4 and not a text")));
+    EXPECT_THAT(writer.incomplete(), IsEmpty());
+}
+
+LSTATUS WINAPI refuseKeyA(HKEY, LPCSTR, DWORD, REGSAM, PHKEY) {
+    return ERROR_ACCESS_DENIED;
+}
+
+LSTATUS WINAPI refuseKeyW(HKEY, LPCWSTR, DWORD, REGSAM, PHKEY) {
+    return ERROR_ACCESS_DENIED;
+}
+
+TEST_F(ReportSection, ARegistryThatRefusesCouldNotBeLookedAt) {
+    const ImportOverride narrow("advapi32.dll", "RegOpenKeyExA", refuseKeyA);
+    const ImportOverride wide("advapi32.dll", "RegOpenKeyExW", refuseKeyW);
+    const std::function<void(ReportWriter&)> sections[] = {
+        reportStart, reportMail, [](ReportWriter& each) { reportLcd(each, true); }};
+    for (const auto& section : sections) {
+        ReportWriter each([this](std::wstring_view part) { text += part; },
+                          [](std::wstring value) { return value; });
+        each.section(L"Refused", [&] { section(each); });
+        EXPECT_THAT(each.incomplete(), ElementsAre(L"Refused"));
+        EXPECT_THAT(text, HasSubstr(L"could not be looked at: error 5"));
+        text.clear();
+    }
+}
+
+// Sound
+
+class ReportOfSound : public ReportSection {
+protected:
+    Panelix::ComApartment apartment;
+    Standins::VirtualAudio audio;
+    Standins::LoadedCoreAudio server;
+};
+
+TEST_F(ReportOfSound, TellsWhichCallFailsAndWhy) {
+    audio.addUsualDevices();
+    audio.failCall(AudioCall::GetMute, {.result = AUDCLNT_E_DEVICE_INVALIDATED});
+    audio.failCall(AudioCall::GetChannelVolumeLevelScalar, {.result = E_NOTIMPL, .skip = 1, .times = 1});
+    write(reportSound);
+    EXPECT_THAT(text, HasSubstr(line(L"Left", L"60 %")));
+    EXPECT_THAT(text, HasSubstr(L"\n  Right                       fails, 0x80004001"));
+    EXPECT_THAT(text, HasSubstr(line(L"Muted", L"fails, 0x88890004: AUDCLNT_E_DEVICE_INVALIDATED")));
+    EXPECT_THAT(text, HasSubstr(line(L"Default device can be set", L"yes")));
+    EXPECT_THAT(writer.incomplete(), IsEmpty());
+}
+
+TEST_F(ReportOfSound, TellsDevicesThatCannotBeHad) {
+    audio.addUsualDevices();
+    audio.failCall(AudioCall::EnumAudioEndpoints, {.result = E_ACCESSDENIED});
+    audio.failCall(AudioCall::GetDefaultAudioEndpoint, {.result = E_ACCESSDENIED});
+    write(reportSound);
+    EXPECT_THAT(text, HasSubstr(L"\n  Speakers                    cannot be listed, 0x80070005"));
+    EXPECT_THAT(text, HasSubstr(L"\n  Default speaker             the system does not say, 0x80070005"));
+}
+
+TEST_F(ReportOfSound, WithoutAnEnumeratorCouldNotBeLookedAt) {
+    audio.failCall(AudioCall::CreateEnumerator, {.result = E_OUTOFMEMORY});
+    write(reportSound);
+    EXPECT_THAT(text, HasSubstr(L"\n  Devices                     could not be looked at: 0x8007000E"));
+    EXPECT_THAT(writer.incomplete(), ElementsAre(L"Title"));
+}
+
+TEST_F(ReportOfSound, ChangesNothing) {
+    audio.addUsualDevices();
+    write([](ReportWriter& each) {
+        reportSound(each);
+        reportFigures(each);
+    });
+    EXPECT_THAT(writer.incomplete(), IsEmpty());
+    EXPECT_EQ(audio.callCount(AudioCall::SetDefaultEndpoint), 0U);
+    EXPECT_EQ(audio.callCount(AudioCall::SetChannelVolumeLevelScalar), 0U);
+    EXPECT_EQ(audio.callCount(AudioCall::SetMute), 0U);
+    EXPECT_EQ(audio.liveObjects(), 0);
+}
+
+// The whole
+
+HRESULT WINAPI refuseCom(LPVOID) {
+    return E_FAIL;
+}
+
+TEST_F(ReportSection, WithoutComTheReportIsIncompleteAndGoesToItsEnd) {
+    const RegistryOverride registry;
+    const ImportOverride com("ole32.dll", "CoInitialize", refuseCom);
+    std::vector<std::wstring> lines;
+    EXPECT_EQ(writeReport({}, [&](std::wstring_view each) { lines.emplace_back(each); }), kExitIncomplete);
+    EXPECT_THAT(lines, testing::Contains(L"AMD"));
+    EXPECT_THAT(lines,
+                testing::Contains(L"  Could not be looked at      Cannot initialise COM library").Times(2));
+    EXPECT_EQ(lines.back(), L"Not everything could be looked at: Sound, Figures, two samples");
+}
+
+}  // namespace
