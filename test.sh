@@ -132,7 +132,7 @@ checkByScript() {
     fi
 }
 
-# The tests that they run are those of the other forms, which have not run yet.
+# Tests that run again in them do so in their usual forms.
 runSlowChecks() {
     local check part what command words
     unset KELVARO_ALL

@@ -7,6 +7,7 @@
 #include <utility>
 #include <vector>
 
+#include "app/report/gamepad_battery_text.h"
 #include "app/report/sections.h"
 #include "stats/system_info.h"
 
@@ -48,7 +49,7 @@ Figures figuresOf(const Snapshot& sample) {
         {L"Volume master", percent(sample.speakerMasterVolume)},
         {L"Speaker muted", muted(sample.speakerMuted)},
         {L"Microphone muted", muted(sample.microphoneMuted)},
-        {L"Gamepad battery code", std::to_wstring(sample.gamepadBattery)},
+        {L"Gamepad battery", gamepadBatteryText(sample.gamepadBattery)},
     };
 }
 
@@ -75,7 +76,7 @@ void reportFigures(ReportWriter& writer) {
     const Figures first = sampleAfterPeriod(sampler);
     const Figures second = sampleAfterPeriod(sampler);
     writer.value(L"GPU", sampler.gpuAvailable ? sampler.gpuName : L"none");
-    writer.value(L"Clock", sampler.dateTimeText());
+    writer.value(L"Time", sampler.dateTimeText());
     writer.value(L"Sample", columns(L"first", L"second"));
     for (std::size_t i = 0; i < first.size(); ++i) {
         writer.value(first[i].first, columns(first[i].second, second[i].second));

@@ -93,6 +93,6 @@ void reportLcd(ReportWriter& writer, bool start) {
     if (start) {
         startLcd(writer, library);
     } else {
-        writer.value(L"LogiLcdInit", L"not called: only with --lcd");
+        writer.value(L"Start of the library", L"not tried: only with --lcd");
     }
 }

@@ -115,15 +115,15 @@ void reportVolume(ReportWriter& writer, IMMDevice* device, bool speaker) {
     if (speaker) {
         float scalar = 0.0F;
         HRESULT asked = volume->GetChannelVolumeLevelScalar(0, &scalar);
-        writer.value(L"Left", percentText(asked, scalar));
+        writer.value(L"Volume left", percentText(asked, scalar));
         asked = volume->GetChannelVolumeLevelScalar(1, &scalar);
-        writer.value(L"Right", percentText(asked, scalar));
+        writer.value(L"Volume right", percentText(asked, scalar));
         asked = volume->GetMasterVolumeLevelScalar(&scalar);
-        writer.value(L"Master", percentText(asked, scalar));
+        writer.value(L"Volume master", percentText(asked, scalar));
     }
     BOOL muted = FALSE;
     const HRESULT asked = volume->GetMute(&muted);
-    writer.value(L"Muted",
+    writer.value(speaker ? L"Speaker muted" : L"Microphone muted",
                  SUCCEEDED(asked) ? std::wstring(yesNo(muted != FALSE)) : L"fails, " + resultText(asked));
 }
 

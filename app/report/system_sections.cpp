@@ -9,6 +9,7 @@
 #include <string>
 #include <vector>
 
+#include "app/report/gamepad_battery_text.h"
 #include "app/report/sections.h"
 #include "app/report/system_facts.h"
 #include "framework/core/exported_function.h"
@@ -50,24 +51,6 @@ std::wstring batteryTypeText(BYTE type) {
 std::wstring batteryLevelText(BYTE level) {
     constexpr const wchar_t* kLevels[] = {L"empty", L"low", L"medium", L"full"};
     return level <= BATTERY_LEVEL_FULL ? kLevels[level] : L"unknown, " + std::to_wstring(level);
-}
-
-/// What the program makes of it.
-const wchar_t* batteryCodeText(std::int32_t code) {
-    switch (code) {
-        case kGamepadBatteryWired:
-            return L"wired";
-        case kGamepadBatteryEmpty:
-            return L"empty";
-        case kGamepadBatteryLow:
-            return L"low";
-        case kGamepadBatteryMedium:
-            return L"medium";
-        case kGamepadBatteryFull:
-            return L"full";
-        default:
-            return L"none";
-    }
 }
 
 void reportBattery(ReportWriter& writer, DWORD gamepad) {
@@ -171,5 +154,5 @@ void reportGamepad(ReportWriter& writer) {
             reportBattery(writer, gamepad);
         }
     }
-    writer.value(L"Battery, as Kelvaro shows", batteryCodeText(readGamepadBattery()));
+    writer.value(L"Battery, as Kelvaro shows", gamepadBatteryText(readGamepadBattery()));
 }

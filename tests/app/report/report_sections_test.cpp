@@ -277,7 +277,7 @@ TEST_F(ReportOfTheLcd, NeverStartsTheLibraryUnasked) {
     write(false);
     EXPECT_THAT(text, HasSubstr(line(L"LogiLcdInit", L"there (needed)")));
     EXPECT_THAT(text, HasSubstr(line(L"LogiLcdColorSetText", L"there (not used)")));
-    EXPECT_THAT(text, HasSubstr(line(L"LogiLcdInit", L"not called: only with --lcd")));
+    EXPECT_THAT(text, HasSubstr(line(L"Start of the library", L"not tried: only with --lcd")));
     EXPECT_THAT(keyboard.calls(), IsEmpty());
 }
 
@@ -496,9 +496,9 @@ TEST_F(ReportOfSound, TellsWhichCallFailsAndWhy) {
     audio.failCall(AudioCall::GetMute, {.result = AUDCLNT_E_DEVICE_INVALIDATED});
     audio.failCall(AudioCall::GetChannelVolumeLevelScalar, {.result = E_NOTIMPL, .skip = 1, .times = 1});
     write(reportSound);
-    EXPECT_THAT(text, HasSubstr(line(L"Left", L"60 %")));
-    EXPECT_THAT(text, HasSubstr(L"\n  Right                       fails, 0x80004001"));
-    EXPECT_THAT(text, HasSubstr(line(L"Muted", L"fails, 0x88890004: AUDCLNT_E_DEVICE_INVALIDATED")));
+    EXPECT_THAT(text, HasSubstr(line(L"Volume left", L"60 %")));
+    EXPECT_THAT(text, HasSubstr(L"\n  Volume right                fails, 0x80004001"));
+    EXPECT_THAT(text, HasSubstr(line(L"Speaker muted", L"fails, 0x88890004: AUDCLNT_E_DEVICE_INVALIDATED")));
     EXPECT_THAT(text, HasSubstr(line(L"Default device can be set", L"yes")));
     EXPECT_THAT(writer.incomplete(), IsEmpty());
 }

@@ -1,0 +1,32 @@
+#include <windows.h>
+
+#include <cwchar>
+
+// A driver that ends the process, or takes its time and then refuses, as the environment variable
+// KELVARO_HOSTILE says.
+
+namespace {
+
+bool isAsked(const wchar_t* what) noexcept {
+    wchar_t value[16] = L"";
+    GetEnvironmentVariableW(L"KELVARO_HOSTILE", value, 16);
+    return std::wcscmp(value, what) == 0;
+}
+
+}  // namespace
+
+extern "C" int createHostile() noexcept {
+    if (isAsked(L"crash")) {
+        // The system's half of the addresses; not null, where a sandbox may have something.
+        volatile auto* const nowhere = reinterpret_cast<int*>(0xFFFF'F000'0000'0000);
+        *nowhere = 1;
+    }
+    if (isAsked(L"slow")) {
+        Sleep(2000);
+    }
+    return -1;
+}
+
+extern "C" int refuse() noexcept {
+    return -1;
+}

@@ -1,0 +1,331 @@
+#include <windows.h>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <chrono>
+#include <filesystem>
+#include <optional>
+#include <regex>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "app/report/private_names.h"
+#include "framework/core/unique_resource.h"
+#include "standins/adl/virtual_radeon.h"
+#include "standins/built_files.h"
+#include "tests/e2e/equipped_kelvaro.h"
+#include "tests/e2e/report_texts.h"
+#include "tests/support/installation.h"
+#include "tests/support/registry_override.h"
+
+// The shipped report, started as a user does, with its output in a file.
+
+namespace {
+
+using Standins::LcdCall;
+using Standins::VendorLibrary;
+using Standins::vendorLibraryPath;
+using testing::EndsWith;
+using testing::HasSubstr;
+using testing::Not;
+using testing::StartsWith;
+
+constexpr wchar_t kMailKey[] = L"SOFTWARE\\Microsoft\\Windows\\CurrentVersion\\UnreadMail";
+
+std::wstring shippedReport() {
+    return (Standins::outputFolder() / L"KelvaroReport.exe").wstring();
+}
+
+std::string utf8(const std::wstring& text) {
+    std::string bytes(text.size() * 3 + 1, '\0');
+    bytes.resize(static_cast<std::size_t>(WideCharToMultiByte(CP_UTF8,
+                                                              0,
+                                                              text.data(),
+                                                              static_cast<int>(text.size()),
+                                                              bytes.data(),
+                                                              static_cast<int>(bytes.size()),
+                                                              nullptr,
+                                                              nullptr)));
+    return bytes;
+}
+
+/// What a program has written.
+struct Printed {
+    std::optional<DWORD> code;
+    std::string output;
+    std::string error;
+};
+
+/// A file of its own that a program writes into; gone with the object.
+class OutputFile {
+public:
+    explicit OutputFile(const wchar_t* name) {
+        wchar_t folder[MAX_PATH] = L"";
+        GetTempPathW(MAX_PATH, folder);
+        path_ = folder + std::to_wstring(GetCurrentProcessId()) + name;
+        SECURITY_ATTRIBUTES inheritable{sizeof(SECURITY_ATTRIBUTES), nullptr, TRUE};
+        file_.reset(CreateFileW(path_.c_str(),
+                                GENERIC_READ | GENERIC_WRITE,
+                                FILE_SHARE_READ | FILE_SHARE_WRITE,
+                                &inheritable,
+                                CREATE_ALWAYS,
+                                FILE_ATTRIBUTE_NORMAL,
+                                nullptr));
+        EXPECT_TRUE(file_) << "error " << GetLastError();
+    }
+    ~OutputFile() {
+        file_.reset();
+        DeleteFileW(path_.c_str());
+    }
+    OutputFile(const OutputFile&) = delete;
+    OutputFile& operator=(const OutputFile&) = delete;
+
+    HANDLE handle() const { return file_.get(); }
+
+    std::string bytes() const {
+        std::string text(1 << 16, '\0');
+        DWORD read = 0;
+        SetFilePointer(file_.get(), 0, nullptr, FILE_BEGIN);
+        EXPECT_NE(ReadFile(file_.get(), text.data(), static_cast<DWORD>(text.size()), &read, nullptr), FALSE);
+        text.resize(read);
+        return text;
+    }
+
+private:
+    std::wstring path_;
+    Panelix::UniqueFile file_;
+};
+
+Printed runReport(const std::wstring& program, const std::wstring& arguments = {}) {
+    const OutputFile output(L"report.txt");
+    const OutputFile error(L"errors.txt");
+    const ChildProcess report(program, arguments, error.handle(), output.handle());
+    Printed printed;
+    printed.code = report.waitForExit(std::chrono::seconds(60));
+    printed.output = output.bytes();
+    printed.error = error.bytes();
+    return printed;
+}
+
+/// The text with what is the machine's own replaced by stars: Windows' version, the amount of memory and of
+/// processors, the load, the clock, and the number in the name of the test's folder.
+std::string normalised(std::string text) {
+    const std::pair<const char*, const char*> changes[] = {
+        {"\r\n", "\n"},
+        {"(\n  (Windows|Wine|ANSI code page|Processors|In use|Time) +)[^\n]*", "$1*"},
+        {"(\nWindows\n[^\n]*\n  Version +)[^\n]*", "$1*"},
+        {"(\n  Physical memory +)\\d+ MiB, free \\d+ MiB", "$1*"},
+        {"(\n  (CPU load|Memory) +)\\d+ % +\\d+ %", "$1*"},
+        {"kelvaro-test-\\d+-\\d+", "kelvaro-test-*"},
+        {"(\n  Version of the library +version )[0-9.]+", "$1*"},
+    };
+    for (const auto& [pattern, replacement] : changes) {
+        text = std::regex_replace(text, std::regex(pattern), replacement);
+    }
+    return text;
+}
+
+/// A path of the checkout as the report shows it: it may lie below a folder with the user's name.
+std::string shown(const std::wstring& path) {
+    return utf8(withoutPrivateNames(path, currentPrivateNames()));
+}
+
+/// Puts the text in the place of every "{name}".
+std::string filled(std::string text, const std::string& name, const std::string& value) {
+    for (std::size_t at = text.find(name); at != std::string::npos; at = text.find(name, at + value.size())) {
+        text.replace(at, name.size(), value);
+    }
+    return text;
+}
+
+std::wstring folderOf(const std::wstring& path) {
+    return path.substr(0, path.find_last_of(L'\\'));
+}
+
+std::wstring userName() {
+    wchar_t name[257] = L"";
+    DWORD length = 257;
+    EXPECT_NE(GetUserNameW(name, &length), FALSE);
+    return name;
+}
+
+/// A machine with the stand-ins of all vendors, installed, with mail and a start entry.
+class ReportWithEverything : public EquippedKelvaro {
+protected:
+    ReportWithEverything() {
+        put(shippedReport(), L"KelvaroReport.exe");
+        put(vendorLibraryPath(VendorLibrary::Adl), L"atiadlxx.dll");
+        radeon.setAdapterCount(1);
+        radeon.setName(0, "Radeon Test 900");
+        radeon.setFigures(0, {42, 120'000, 45'500});
+
+        Standins::CoreTempFigures cpu;
+        cpu.cpuCount = 1;
+        cpu.coreCount = 2;
+        cpu.speedMHz = 3600.0F;
+        cpu.busSpeedMHz = 100.0F;
+        cpu.multiplier = 36.0F;
+        cpu.vidVolts = 1.25F;
+        cpu.temperatures[1] = 54.9F;
+        coreTemp.setFigures(cpu);
+        coreTemp.setName("Test CPU");
+        coreTemp.setRunning(true);
+
+        nvidia.setGpuCount(1);
+        nvidia.setName(0, "Test GPU");
+        nvidia.setFigures(0, {30, 61, 8'388'608, 6'291'456, 1'350'000});
+        gamepads.setBattery(0, 3, 2);
+        gamepads.setConnected(0, true);
+
+        audio.addUsualDevices();
+        audio.addDevice({.id = L"{headset}",
+                         .name = L"Kopfh\u00F6rer \u2116 5 (" + userName() + L"'s Headset)",
+                         .levels = {.channels = {0.5F, 0.5F}, .master = 0.5F}});
+        audio.setLevels(0, {.channels = {0.4F, 0.3F}, .master = 0.4F, .muted = true});
+
+        RegDeleteTreeW(HKEY_CURRENT_USER, kMailKey);
+        addAccount(L"anna.muster@example.org", 3);
+        addAccount(L"bert@example.org", 12);
+        entries.setInstallFolder(folder());
+        entries.setRunValue(L"\"" + machine.program() + L"\" -delay15");
+    }
+    ~ReportWithEverything() override {
+        kelvaro.reset();
+        RegDeleteTreeW(HKEY_CURRENT_USER, kMailKey);
+    }
+
+    std::wstring folder() const { return folderOf(machine.program()); }
+    std::wstring program() const { return folder() + L"\\KelvaroReport.exe"; }
+
+    void put(const std::wstring& file, const wchar_t* name) const {
+        EXPECT_NE(CopyFileW(file.c_str(), (folder() + L'\\' + name).c_str(), FALSE), FALSE)
+            << "error " << GetLastError();
+    }
+
+    static void addAccount(const std::wstring& name, DWORD unread) {
+        RegistryOverride::setValue(HKEY_CURRENT_USER,
+                                   kMailKey + (L'\\' + name),
+                                   L"MessageCount",
+                                   REG_DWORD,
+                                   &unread,
+                                   sizeof(unread));
+    }
+
+    CleanProgramEntries entries;
+    Standins::VirtualRadeon radeon;
+};
+
+TEST_F(ReportWithEverything, TellsAllOfIt) {
+    const Printed printed = runReport(program());
+    EXPECT_EQ(printed.code, DWORD{0});
+    EXPECT_EQ(printed.error, "");
+    std::string expected = filled(kWithEverything, "{lcd}", shown(vendorLibraryPath(VendorLibrary::LcdSdk)));
+    expected = filled(expected, "{audio}", shown(vendorLibraryPath(VendorLibrary::CoreAudio)));
+    EXPECT_EQ(normalised(printed.output), expected);
+}
+
+TEST_F(ReportWithEverything, TellsNoNameOfAUserOrAnAccount) {
+    const std::string output = runReport(program(), L"--lcd").output;
+    EXPECT_THAT(output, Not(HasSubstr("anna")));
+    EXPECT_THAT(output, Not(HasSubstr("example.org")));
+    EXPECT_THAT(output, Not(HasSubstr("\\users\\")));
+    EXPECT_THAT(output, HasSubstr("%USERPROFILE%\\"));
+}
+
+TEST_F(ReportWithEverything, IsUtf8WithoutAMarkAndWithWindowsLineEnds) {
+    const std::string output = runReport(program()).output;
+    EXPECT_THAT(output, StartsWith("Kelvaro report"));
+    EXPECT_THAT(output, HasSubstr("Kopfh\xC3\xB6rer \xE2\x84\x96 5 (<user>'s Headset)\r\n"));
+    EXPECT_THAT(output, HasSubstr("61 \xC2\xB0\x43\r\n"));
+    EXPECT_FALSE(std::regex_search(output, std::regex("[^\r]\n")));
+}
+
+TEST_F(ReportWithEverything, StartsTheLcdOnlyWhenAskedAndEndsIt) {
+    EXPECT_EQ(runReport(program()).code, DWORD{0});
+    EXPECT_EQ(keyboard.callCount(LcdCall::Init), 0U);
+    EXPECT_TRUE(keyboard.calls().empty());
+    const Printed printed = runReport(program(), L"--lcd");
+    EXPECT_EQ(printed.code, DWORD{0});
+    EXPECT_THAT(printed.output, HasSubstr("LogiLcdInit returned        true\r\n"));
+    EXPECT_THAT(printed.output, HasSubstr("Colour LCD connected        yes\r\n"));
+    EXPECT_EQ(keyboard.callCount(LcdCall::Init), 1U);
+    EXPECT_EQ(keyboard.callCount(LcdCall::Shutdown), 1U);
+}
+
+TEST_F(ReportWithEverything, LeavesARunningKelvaroAndASecondReportAlone) {
+    start();
+    ASSERT_TRUE(waitForPasses(3));
+    const ChildProcess other(program());
+    const Printed printed = runReport(program());
+    EXPECT_EQ(printed.code, DWORD{0});
+    EXPECT_THAT(printed.output, HasSubstr("Kelvaro runs now            yes\r\n"));
+    EXPECT_EQ(other.waitForExit(), DWORD{0});
+    EXPECT_TRUE(kelvaro->isRunning());
+    EXPECT_TRUE(waitForPasses(keyboard.passCount() + 3));
+    EXPECT_EQ(keyboard.callCount(LcdCall::Init), 1U) << "Kelvaro's own";
+}
+
+TEST_F(ReportWithEverything, ADriverThatEndsTheProcessLeavesWhatWasFoundAndItsName) {
+    put(vendorLibraryPath(VendorLibrary::Adl, "hostile"), L"atiadlxx.dll");
+    SetEnvironmentVariableW(L"KELVARO_HOSTILE", L"crash");
+    const Printed printed = runReport(program());
+    EXPECT_EQ(printed.code, DWORD{1});
+    EXPECT_THAT(printed.output, HasSubstr("\r\nAMD\r\n"));
+    EXPECT_THAT(printed.output, HasSubstr("Test GPU"));
+    EXPECT_THAT(
+        printed.output,
+        EndsWith("\r\nThe report ends here, in the section above: exception 0xC0000005 in atiadlxx.dll\r\n"));
+}
+
+TEST_F(ReportWithEverything, ADriverThatTakesItsTimeOnlyDelaysTheReport) {
+    put(vendorLibraryPath(VendorLibrary::Adl, "hostile"), L"atiadlxx.dll");
+    SetEnvironmentVariableW(L"KELVARO_HOSTILE", L"slow");
+    const auto begin = std::chrono::steady_clock::now();
+    const Printed printed = runReport(program());
+    EXPECT_GE(std::chrono::steady_clock::now() - begin, std::chrono::seconds(2));
+    EXPECT_EQ(printed.code, DWORD{0});
+    EXPECT_THAT(printed.output, HasSubstr("Start of a session          fails, result -1: ADL_ERR\r\n"));
+    EXPECT_THAT(printed.output, EndsWith("\r\nEverything could be looked at.\r\n"));
+}
+
+/// The same machine as it is, without any of it. Wine's own sound system has no devices there.
+class ReportWithNothing : public testing::Test {
+protected:
+    ReportWithNothing() {
+        EXPECT_NE(CopyFileW(shippedReport(), program().c_str(), FALSE), FALSE);
+        RegDeleteTreeW(HKEY_CURRENT_USER, kMailKey);
+    }
+
+    std::wstring program() const { return folder.path() + L"\\KelvaroReport.exe"; }
+
+    StandinSession session;
+    TemporaryFolder folder;
+    LcdRegistrationScope registration{L""};
+    CleanProgramEntries entries;
+};
+
+TEST_F(ReportWithNothing, TellsThatNothingIsThere) {
+    const Printed printed = runReport(program(), L"--lcd");
+    EXPECT_EQ(printed.code, DWORD{0}) << "what is missing is a finding";
+    EXPECT_EQ(printed.error, "");
+    EXPECT_EQ(normalised(printed.output), kWithNothing);
+}
+
+TEST_F(ReportWithNothing, RefusesAnUnknownOption) {
+    const Printed printed = runReport(program(), L"--lcd --foo");
+    EXPECT_EQ(printed.code, DWORD{2});
+    EXPECT_EQ(printed.output, "");
+    EXPECT_EQ(printed.error, "KelvaroReport: unknown option '--foo'; --help lists the options\r\n");
+}
+
+TEST_F(ReportWithNothing, PrintsItsHelp) {
+    const Printed printed = runReport(program(), L"--help");
+    EXPECT_EQ(printed.code, DWORD{0});
+    EXPECT_THAT(printed.output, StartsWith("Usage: KelvaroReport [--lcd]\r\n"));
+    EXPECT_THAT(printed.output, Not(HasSubstr("NVIDIA")));
+    EXPECT_EQ(printed.error, "");
+}
+
+}  // namespace
