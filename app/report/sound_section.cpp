@@ -4,6 +4,7 @@
 #include <mmdeviceapi.h>
 #include <wrl/client.h>
 
+#include <algorithm>
 #include <string>
 
 #include "app/report/sections.h"
@@ -15,6 +16,9 @@
 namespace {
 
 using Microsoft::WRL::ComPtr;
+
+/// A count that cannot be must not fill the report.
+constexpr UINT kMostDevices = 100;
 
 struct Flow {
     EDataFlow flow;
@@ -93,7 +97,7 @@ void reportDevices(ReportWriter& writer, IMMDeviceEnumerator& enumerator, const 
     UINT count = 0;
     devices->GetCount(&count);
     writer.value(kind.plural, std::to_wstring(count) + L" active");
-    for (UINT i = 0; i < count; ++i) {
+    for (UINT i = 0; i < std::min(count, kMostDevices); ++i) {
         ComPtr<IMMDevice> device;
         const HRESULT taken = devices->Item(i, &device);
         writer.value(kind.singular + (L' ' + std::to_wstring(i + 1)),
