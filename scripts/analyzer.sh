@@ -31,7 +31,19 @@ options=(
     -Wno-analyzer-malloc-leak
 )
 
+# What is left out for single files.
+analyze() {
+    local exceptions=()
+    case "$1" in
+        # Rows are moved when the standard library's vector grows, and it thinks that new memory may be null.
+        pages/audio_device_page.cpp | pages/options_page.cpp)
+            exceptions=(-Wno-analyzer-null-dereference -Wno-analyzer-possible-null-dereference)
+            ;;
+    esac
+    "$gcc" "${productOptions[@]}" "${options[@]}" "${exceptions[@]}" "$1"
+}
+
 cd "$KELVARO_ROOT"
 productSources
-checkSources analyzer "$gcc" "$gcc" "${productOptions[@]}" "${options[@]}"
+checkSources analyzer "$gcc" analyze
 printf '   %s\n' "${#sources[@]} files"
