@@ -64,6 +64,11 @@ file(RELATIVE_PATH source_from_build ${PROJECT_BINARY_DIR} ${PROJECT_SOURCE_DIR}
 string(REGEX REPLACE "/$" "" source_from_build "${source_from_build}")
 set(symbols -g1 -ffile-prefix-map=${PROJECT_SOURCE_DIR}=/kelvaro -ffile-prefix-map=${source_from_build}=/kelvaro)
 add_library(kelvaro_symbols INTERFACE)
+if(KELVARO_COVERAGE)
+    # Counters find their lines by whole paths. Not in tests and stand-ins: they link what counts, and nothing more.
+    set(symbols -O0 -g --coverage -fprofile-update=atomic)
+    target_link_options(kelvaro_options INTERFACE --coverage)
+endif()
 target_compile_options(kelvaro_symbols INTERFACE "$<$<AND:$<CONFIG:Release>,$<COMPILE_LANGUAGE:CXX>>:${symbols}>")
 
 # kelvaro_program(TARGET): a program that is shipped. It is put into the output folder and has no time in it: the same
