@@ -7,9 +7,11 @@ productSources() {
     ((${#sources[@]} > 0)) || fail "there is nothing to check"
 }
 
-# What of the build's own options makes the sources compile; see cmake/options.cmake.
+# What of the build's own options makes the sources compile; see cmake/options.cmake. The preset release must be
+# configured: it makes the header with the version.
 # shellcheck disable=SC2034 # for the scripts that source this
-productOptions=(-std=c++20 -DUNICODE -D_UNICODE -DNOMINMAX -D_WIN32_WINNT=0x0A00 "-I$KELVARO_ROOT")
+productOptions=(-std=c++20 -DUNICODE -D_UNICODE -DNOMINMAX -D_WIN32_WINNT=0x0A00 "-I$KELVARO_ROOT"
+    "-I$KELVARO_ROOT/out/build/release/generated")
 
 # checkSources NAME COMPILER COMMAND...: gives each of `sources` to the command, as many at a time as there are processors. Prints
 # what it says and fails when it says anything, or fails. What passed and has not changed since, neither in itself nor
