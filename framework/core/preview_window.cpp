@@ -131,7 +131,8 @@ LRESULT CALLBACK PreviewWindow::windowProcedure(HWND window,
                                                 UINT message,
                                                 WPARAM wParam,
                                                 LPARAM lParam) noexcept {
-    if (message == WM_NCCREATE) {
+    // Once only: any program may send the message later, with whatever it likes as the object.
+    if (message == WM_NCCREATE && boundObject(window) == nullptr) {
         auto* const created =
             static_cast<PreviewWindow*>(reinterpret_cast<const CREATESTRUCTW*>(lParam)->lpCreateParams);
         created->window_ = window;

@@ -6,10 +6,13 @@
 
 #include <gmock/gmock.h>
 
+#include <algorithm>
+#include <array>
 #include <atomic>
 #include <chrono>
 #include <cstdint>
 #include <functional>
+#include <iterator>
 #include <memory>
 #include <optional>
 #include <string>
@@ -301,6 +304,18 @@ TEST_F(PreviewWindow, KeepsAPlaceOfWhichAnythingIsOnAMonitor) {
         EXPECT_EQ(rectOf(handle).left, kept.x);
         EXPECT_EQ(rectOf(handle).top, kept.y);
     }
+}
+
+TEST_F(PreviewWindow, IsNotBoundToAnObjectThatALaterCreationMessageNames) {
+    std::array<std::uint8_t, 4096> other{};
+    CREATESTRUCTW creation{};
+    creation.lpCreateParams = other.data();
+    const HWND handle = window->handle();
+    SendMessageW(handle, WM_NCCREATE, 0, reinterpret_cast<LPARAM>(&creation));
+    EXPECT_EQ(std::count(other.begin(), other.end(), 0), std::ssize(other)) << "nothing is written there";
+    ShowWindow(handle, SW_SHOW);
+    SendMessageW(handle, WM_CLOSE, 0, 0);
+    EXPECT_FALSE(IsWindowVisible(handle)) << "it is still its own object's";
 }
 
 TEST_F(PreviewWindow, TheCloseBoxHidesIt) {
