@@ -16,7 +16,8 @@ TEXT
 
 # Managed=N: hiding a window costs 2 s without a window manager when Wine leaves the frame to one.
 # Fonts\Replacements: GDI+ knows no Arial here; Liberation Sans has the same metrics.
-# PNG decoder 2: Wine implements it as the first decoder but does not register its class.
+# PNG decoder 2: Wine implements it as the first decoder but does not register its class. By its full path: by its name
+# alone it is not loaded for a program that has limited where libraries are looked for.
 # ShowCrashDialog=0: a crash must end the process, not wait for somebody to press a button.
 writeSettings() {
     local file="$1"
@@ -36,7 +37,7 @@ REGEDIT4
 @="WIC PNG Decoder V2"
 
 [HKEY_LOCAL_MACHINE\SOFTWARE\Classes\CLSID\{E018945B-AA86-4008-9BD4-6777A1E40C11}\InprocServer32]
-@="windowscodecs.dll"
+@="C:\\windows\\system32\\windowscodecs.dll"
 "ThreadingModel"="Both"
 REG
 }

@@ -59,6 +59,22 @@ LPWSTR WINAPI giveCommandLine() {
     return commandLine.data();
 }
 
+std::vector<DWORD> searches;
+
+BOOL WINAPI noteSearch(DWORD folders) {
+    EXPECT_FALSE(instanceIsTaken()) << "nothing comes before";
+    searches.push_back(folders);
+    return TRUE;
+}
+
+TEST(StartKelvaro, LooksForLibrariesInTheSystemFolderBeforeItDoesAnything) {
+    const ImportOverride search("kernel32.dll", "SetDefaultDllDirectories", noteSearch);
+    const ImportOverride line("kernel32.dll", "GetCommandLineW", giveCommandLine);
+    commandLine = L"Kelvaro.exe -delay soon";
+    EXPECT_THROW(startKelvaro(thisModule()), std::invalid_argument);
+    EXPECT_THAT(searches, ElementsAre(0xC00U));
+}
+
 TEST(StartKelvaro, LeavesTheInstanceWithAnUnreadableDelay) {
     const ImportOverride line("kernel32.dll", "GetCommandLineW", giveCommandLine);
     commandLine = L"Kelvaro.exe -delay soon";
