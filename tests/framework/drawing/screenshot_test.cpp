@@ -8,6 +8,7 @@
 
 #include <filesystem>
 #include <fstream>
+#include <iterator>
 #include <string>
 #include <vector>
 
@@ -58,6 +59,9 @@ Gdiplus::GpStatus WINGDIPAPI giveEncodersAndFail(UINT count, UINT bytes, Gdiplus
     return Gdiplus::GenericError;
 }
 
+/// Seconds that a test may last: a shot of it has one of so many names.
+constexpr unsigned kSecondsOfATest = 10;
+
 /// The user's Documents folder is a folder of the test's own.
 class Screenshot : public DrawingTest {
 protected:
@@ -73,6 +77,27 @@ protected:
     Picture pictureIn(const std::wstring& file) const {
         Gdiplus::Bitmap bitmap((folder_.path() + L"\\" + file).c_str());
         return readPicture(bitmap);
+    }
+
+    /// One shot that fails, and a canvas that goes on.
+    void expectOneErrorBox() {
+        paintSomething();
+        canvas_.saveScreenshot();
+        const std::vector<SeenMessageBox> boxes = watcher_.boxes();
+        ASSERT_EQ(boxes.size(), 1U);
+        EXPECT_EQ(boxes[0].caption, L"Error saving screenshot!");
+        EXPECT_EQ(boxes[0].icon, MessageBoxIcon::Error);
+        EXPECT_TRUE(samePicture(frameOf(canvas_), page_.picture()));
+    }
+
+    void paintSomething() {
+        page_.fill(0xFF102030);
+        compose(page_);
+    }
+
+    static std::size_t filesIn(const std::wstring& folder) {
+        const std::filesystem::directory_iterator files(L"\\\\?\\" + folder);
+        return static_cast<std::size_t>(std::distance(begin(files), end(files)));
     }
 
     RegistryOverride registry_;
@@ -195,6 +220,31 @@ TEST_F(Screenshot, ReadOnlyFolderIsReportedAndTheCanvasStaysUsable) {
     canvas_.saveScreenshot();
     EXPECT_EQ(folder_.files().size(), 1U);
     EXPECT_EQ(watcher_.boxes().size(), 1U);
+}
+
+TEST_F(Screenshot, ANameTakenByAFolderIsReported) {
+    for (unsigned second = 0; second < kSecondsOfATest; ++second) {
+        const std::wstring name = fileName(screenshotTimeText(systemLocalTime(second)));
+        ASSERT_TRUE(std::filesystem::create_directory(std::filesystem::path(folder_.path()) / name));
+    }
+    expectOneErrorBox();
+    for (const auto& taken : std::filesystem::directory_iterator(folder_.path())) {
+        std::filesystem::remove(taken);
+    }
+    canvas_.saveScreenshot();
+    EXPECT_EQ(folder_.files().size(), 1U) << "the next one is saved";
+}
+
+// What is longer than the system takes is refused; under Wine, which takes it, it is saved.
+TEST_F(Screenshot, ADocumentsFolderOfTheLongestNameIsReportedOrTaken) {
+    std::wstring documents = folder_.path() + L"\\";
+    documents.append(250 - documents.size(), L'd');
+    ASSERT_TRUE(CreateDirectoryW((L"\\\\?\\" + documents).c_str(), nullptr));
+    setDocuments(documents);
+    canvas_.saveScreenshot();
+    const std::size_t saved = filesIn(documents);
+    EXPECT_EQ(watcher_.boxes().size() + saved, 1U);
+    std::filesystem::remove_all(L"\\\\?\\" + documents);
 }
 
 TEST_F(Screenshot, AnExistingFileIsOverwritten) {
