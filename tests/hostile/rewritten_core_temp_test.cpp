@@ -1,0 +1,83 @@
+#include <gtest/gtest.h>
+
+#include <array>
+#include <atomic>
+#include <cmath>
+#include <optional>
+#include <string>
+#include <thread>
+
+#include "standins/core_temp/published_core_temp.h"
+#include "stats/core_temp_reading.h"
+#include "tests/hostile/random_inputs.h"
+#include "tests/stats/free_handles.h"
+#include "tests/stats/private_memory.h"
+
+// Core Temp's shared memory has no lock. The mapping's name is the same for every program of the session, so
+// nothing runs beside these tests.
+
+namespace {
+
+using Standins::CoreTempFigures;
+using Standins::CoreTempMapping;
+using Standins::PublishedCoreTemp;
+
+/// Writes one record over the other, through a view of its own, as fast as it can, for as long as it lives.
+class RestlessCoreTemp {
+public:
+    explicit RestlessCoreTemp(CoreTempMapping mapping)
+        : published_(mapping),
+          thread_([this](const std::stop_token& stop) { write(stop); }) {}
+
+private:
+    void write(const std::stop_token& stop) {
+        std::array<CoreTempFigures, 2> figures;
+        figures[0] = {4, 2, true, 3600.0F, 100.0F, 36.0F, 1.0F, {}};
+        figures[0].temperatures.fill(40.0F);
+        figures[1] = {0xFFFFFFFF, 0xFFFFFFFF, false, 1e30F, 1e30F, 1e30F, 2.0F, {}};
+        figures[1].temperatures.fill(90.0F);
+        const std::array<std::string, 2> names = {std::string(7, 'a'), std::string(100, 'b')};
+        for (std::size_t turn = 0; !stop.stop_requested(); turn = 1 - turn) {
+            published_.setFigures(figures[turn]);
+            published_.setName(names[turn]);
+        }
+    }
+
+    PublishedCoreTemp published_;
+    std::jthread thread_;
+};
+
+class RewrittenCoreTemp : public testing::TestWithParam<CoreTempMapping> {};
+INSTANTIATE_TEST_SUITE_P(BothRecords,
+                         RewrittenCoreTemp,
+                         testing::Values(CoreTempMapping::Original, CoreTempMapping::Extended),
+                         [](const testing::TestParamInfo<CoreTempMapping>& tested) {
+                             return std::string(tested.param == CoreTempMapping::Original ? "Original"
+                                                                                          : "Extended");
+                         });
+
+TEST_P(RewrittenCoreTemp, IsReadAsFiguresOfEitherRecord) {
+    RandomInputs inputs("readings of a record that is being written", 300, 40'000);
+    const RestlessCoreTemp coreTemp(GetParam());
+    ASSERT_TRUE(readCoreTemp(nullptr));
+    const std::uintptr_t handles = greatestOfNextHandles();
+    const std::size_t memory = privateMemoryBytes();
+    std::array<unsigned, 2> seen{};
+    while (inputs.next()) {
+        const std::optional<CoreTempReading> reading = readCoreTemp(nullptr);
+        ASSERT_TRUE(reading) << inputs.place();
+        ASSERT_LE(reading->name.size(), 100U) << inputs.place();
+        ASSERT_EQ(reading->name.find_first_not_of(L"ab"), std::wstring::npos) << inputs.place();
+        ASSERT_TRUE(reading->vid == 1.0F || reading->vid == 2.0F || reading->vid == 0.0F) << reading->vid;
+        ASSERT_TRUE(reading->temperature == 40 || reading->temperature == 90 || reading->temperature == 0)
+            << reading->temperature;
+        ASSERT_LE(reading->clockText.size(), 150U) << inputs.place();
+        ++seen[reading->vid == 2.0F ? 1 : 0];
+    }
+    EXPECT_GT(seen[0], 0U);
+    EXPECT_GT(seen[1], 0U);
+    EXPECT_LE(greatestOfNextHandles(), handles + 64);
+    EXPECT_LE(privateMemoryBytes(), memory + std::size_t{1024} * 1024);
+}
+
+}  // namespace
