@@ -57,7 +57,7 @@ INSTANTIATE_TEST_SUITE_P(BothRecords,
                          });
 
 TEST_P(RewrittenCoreTemp, IsReadAsFiguresOfEitherRecord) {
-    RandomInputs inputs("readings of a record that is being written", 300, 40'000);
+    RandomInputs inputs("readings of a record that is being written", 300, 20'000);
     const RestlessCoreTemp coreTemp(GetParam());
     ASSERT_TRUE(readCoreTemp(nullptr));
     const std::uintptr_t handles = greatestOfNextHandles();

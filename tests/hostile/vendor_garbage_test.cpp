@@ -124,7 +124,7 @@ void expectBounded(const SystemInfo& sampler) {
 }
 
 TEST_F(VendorGarbage, FiguresStayBoundedAndEveryPassGivesAFrame) {
-    RandomInputs inputs("passes with garbage from every vendor", 40, 2'000);
+    RandomInputs inputs("passes with garbage from every vendor", 40, 1'000);
     std::optional<std::size_t> memory;
     while (inputs.taken() < inputs.total()) {
         unsigned passes = 0;

@@ -162,7 +162,7 @@ protected:
 };
 
 TEST_F(NeighbourMessages, LeaveThePreviewAsItIs) {
-    RandomInputs inputs("messages to the preview window", 3'000, 150'000);
+    RandomInputs inputs("messages to the preview window", 3'000, 60'000);
     message_ = inputs.below(0x10000);
     ASSERT_NO_FATAL_FAILURE(start());
     while (inputs.taken() < inputs.total()) {
@@ -179,7 +179,7 @@ TEST_F(NeighbourMessages, LeaveThePreviewAsItIs) {
 }
 
 TEST_F(NeighbourMessages, LeaveTheSettingsDialogAsItIs) {
-    RandomInputs inputs("messages to the settings dialog", 1'500, 100'000);
+    RandomInputs inputs("messages to the settings dialog", 1'500, 40'000);
     message_ = inputs.below(0x10000);
     ASSERT_NO_FATAL_FAILURE(start());
     while (inputs.taken() < inputs.total()) {
