@@ -10,6 +10,7 @@
 
 #include "app/resource_ids.h"
 #include "framework/core/command_codes.h"
+#include "standins/built_files.h"
 #include "tests/e2e/desktop_fixture.h"
 #include "tests/support/temporary_folder.h"
 
@@ -18,7 +19,9 @@ namespace {
 using testing::IsEmpty;
 using testing::UnorderedElementsAre;
 
-constexpr wchar_t kMarkingLibrary[] = L"" KELVARO_MARKING_LIBRARY;
+std::wstring markingLibrary() {
+    return (Standins::buildFolder() / L"tests" / L"hostile" / L"marking_library.dll").wstring();
+}
 
 /// What the program and the system's libraries in it load by name, the vendors' near names, and what such
 /// programs load on other systems.
@@ -118,7 +121,7 @@ public:
     /// One file under all names is quicker; of several loads only the first leaves its mark then.
     template <typename Names>
     PlantedFolder(const Names& names, As kind) {
-        std::wstring source = kMarkingLibrary;
+        std::wstring source = markingLibrary();
         for (const wchar_t* name : names) {
             const std::wstring file = folder_.path() + L"\\" + name;
             if (kind == As::OneFile && CreateHardLinkW(file.c_str(), source.c_str(), nullptr) != FALSE) {
@@ -199,7 +202,7 @@ TEST_F(PlantedLibraries, AreLoadedFromBesideTheProgramOnlyAndOnlyTheTwoThatMayLi
     const PlantedFolder second(kNames, PlantedFolder::As::OneFile);
     const PlantedFolder beside(kAskedForLater, PlantedFolder::As::Copies);
     const std::wstring program = beside.path() + L"\\Kelvaro.exe";
-    ASSERT_NE(CopyFileW(kKelvaroProgram, program.c_str(), TRUE), FALSE);
+    ASSERT_NE(CopyFileW(kelvaroProgram().c_str(), program.c_str(), TRUE), FALSE);
     const OfferedPlaces places(current.path(), first.path() + L";" + second.path());
     // Also when the LCD library is registered by a way from the current directory, or not at all.
     std::vector<std::wstring> registrations = {L"nvapi.dll\\..\\LogitechLcd.dll"};
