@@ -33,13 +33,15 @@ compareFiles() {
     done < <(filesIn "$first/out/package")
 }
 
-# The archives hide their contents, so these are looked at as well; the installer's are those of an archive.
+# Also in the form that tools make symbols' names of. The archives hide their contents, so these are looked at as well;
+# the installer's are those of an archive.
 refuseFolders() {
-    local clone archive found=0
+    local clone archive found=0 path=(-e "$folder" -e "${folder//[^A-Za-z0-9]/_}")
     for clone in "$first" "$second"; do
-        ! LC_ALL=C grep -rlaF "$folder" "$clone/out/package" || found=1
+        ! LC_ALL=C grep -rlaF "${path[@]}" "$clone/out/package" || found=1
         for archive in "$clone"/out/package/*.zip; do
-            ! unzip -p "$archive" | LC_ALL=C grep -qaF "$folder" || { say "$archive" && found=1; }
+            # Whole, so that unzip is not cut off.
+            [[ "$(unzip -p "$archive" | LC_ALL=C grep -caF "${path[@]}")" == 0 ]] || { say "$archive" && found=1; }
         done
     done
     ((!found)) || fail "the files above hold the path of the folder that they were made in"
