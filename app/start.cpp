@@ -5,6 +5,7 @@
 #include <memory>
 
 #include "app/kelvaro.h"
+#include "app/library_search.h"
 #include "app/run_reported.h"
 #include "app/start_delay.h"
 #include "framework/core/unique_resource.h"
@@ -31,9 +32,7 @@ int runApplication(HINSTANCE instance) {
 }  // namespace
 
 int startKelvaro(HINSTANCE instance) {
-    // Where libraries are looked for that the system's and the vendors' own code loads by a mere file name:
-    // not in the current directory and not along PATH, where anybody may have put one.
-    SetDefaultDllDirectories(LOAD_LIBRARY_SEARCH_SYSTEM32 | LOAD_LIBRARY_SEARCH_USER_DIRS);
+    searchLibrariesInSystemFolder();
     const Panelix::UniqueHandle instanceMutex(CreateMutexW(nullptr, FALSE, kInstanceMutex));
     if (GetLastError() == ERROR_ALREADY_EXISTS) {
         MessageBoxW(nullptr, L"Kelvaro is already running!", L"Kelvaro Error", kErrorBoxStyle);
