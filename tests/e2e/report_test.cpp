@@ -294,7 +294,7 @@ TEST_F(ReportWithEverything, ADriverThatTakesItsTimeOnlyDelaysTheReport) {
 class ReportWithNothing : public testing::Test {
 protected:
     ReportWithNothing() {
-        EXPECT_NE(CopyFileW(shippedReport(), program().c_str(), FALSE), FALSE);
+        EXPECT_NE(CopyFileW(shippedReport().c_str(), program().c_str(), FALSE), FALSE);
         RegDeleteTreeW(HKEY_CURRENT_USER, kMailKey);
     }
 

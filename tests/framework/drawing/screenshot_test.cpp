@@ -240,7 +240,7 @@ TEST_F(Screenshot, ADocumentsFolderOfTheLongestNameIsReportedOrTaken) {
     std::wstring documents = folder_.path() + L"\\";
     documents.append(250 - documents.size(), L'd');
     ASSERT_TRUE(CreateDirectoryW((L"\\\\?\\" + documents).c_str(), nullptr));
-    setDocuments(documents);
+    setDocumentsFolder(documents);
     canvas_.saveScreenshot();
     const std::size_t saved = filesIn(documents);
     EXPECT_EQ(watcher_.boxes().size() + saved, 1U);
