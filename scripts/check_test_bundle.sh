@@ -15,6 +15,7 @@ Usage: scripts/check_test_bundle.sh [--quick]
 Packs the tests of the built preset release, unpacks them and runs them through Windows' command processor in a Wine
 prefix of their own, out/wineprefix-bundle. Checks that
   - every suite passes, none is skipped, and all tests of CTest are among them;
+  - who does not agree is not disturbed;
   - a test that fails shows in the exit code and in its suite's line;
   - the registry and the system folder are what they were, also after a run that is interrupted, and after one that is
     killed and put back;
@@ -32,8 +33,7 @@ case "${1:-}" in
 esac
 
 place="$KELVARO_ROOT/out/bundle-check"
-# A blank and a letter beyond ASCII are in many people's paths.
-folder="$place/Kelvaro prüfen"
+folder=''
 xvfbPid=''
 runPid=''
 problems=0
@@ -53,11 +53,14 @@ problem() {
     problems=$((problems + 1))
 }
 
+# A blank and a letter beyond ASCII are in many people's paths.
 unpack() {
-    local archives=("$KELVARO_ROOT"/out/package/KelvaroTests-*-x64.zip)
+    local around="$place/Kelvaro prüfen" version
+    read -r version _ <"$KELVARO_ROOT/out/build/release/programs.txt"
     rm -rf "$place"
-    mkdir -p "$folder"
-    unzip -q "${archives[-1]}" -d "$folder"
+    mkdir -p "$around"
+    unzip -q "$KELVARO_ROOT/out/package/KelvaroTests-$version-x64.zip" -d "$around"
+    folder="$around/KelvaroTests-$version"
 }
 
 # What CTest gives to single programs this prefix gives to all: under Wine a program cannot choose for those that it
@@ -154,6 +157,16 @@ checkFailure() {
     grep -q 'FAILED' "$folder/run-tests.log" || problem "the log has no output of it"
 }
 
+checkRefused() {
+    local code=0
+    say "A user who does not agree"
+    (cd "$folder" && printf 'n\n' | "$KELVARO_ROOT/scripts/wine.sh" cmd.exe /c run-tests.cmd /filter 'LocalTime.*') \
+        >"$place/output.txt" 2>/dev/null || code=$?
+    ((code == 2)) || problem "the exit code is $code and not 2"
+    grep -q 'only on a machine that you can throw away' -i "$place/output.txt" || problem "he was not asked"
+    ! grep -q 'passed' "$place/output.txt" || problem "tests were run"
+}
+
 checkSkipped() {
     say "What only Wine can show"
     KELVARO_AS_ON_WINDOWS=1 runTests /filter 'LocalTime.*' || problem "tests that are skipped have failed"
@@ -190,6 +203,7 @@ openPrefix
 # What the first run of a prefix makes is no change of the tests'.
 checkSkipped
 machineTo "$place/before.txt"
+checkRefused
 checkFailure
 checkInterrupted
 checkKilled

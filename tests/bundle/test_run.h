@@ -38,7 +38,8 @@ public:
     /// Returns when all tests are through or the run was stopped.
     void runTests(unsigned jobs);
 
-    /// Prints the tests that failed or were skipped, and the total; true when all of them ran, none failed, and there were any.
+    /// Prints the tests that failed or were skipped, and the total; true when all of them ran, none failed,
+    /// and there were any.
     bool report() const;
 
 private:
