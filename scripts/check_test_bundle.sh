@@ -34,6 +34,8 @@ esac
 
 place="$KELVARO_ROOT/out/bundle-check"
 folder=''
+# From the start on: cleanUp() ends what runs in it, and must reach nobody else's.
+export WINEPREFIX="$KELVARO_ROOT/out/wineprefix-bundle"
 xvfbPid=''
 runPid=''
 problems=0
@@ -69,7 +71,7 @@ openPrefix() {
     local names
     names="$(grep -o 'WINEDLLOVERRIDES=[^|=]*' "$folder/build/release/test_programs.txt" | sed 's/.*=//' | sort -u |
         paste -sd,)"
-    export WINEPREFIX="$KELVARO_ROOT/out/wineprefix-bundle" WINEDLLOVERRIDES="$names=n,b" LC_ALL=C.UTF-8
+    export WINEDLLOVERRIDES="$names=n,b" LC_ALL=C.UTF-8
     TZ="$(sed -n 's/.*TZ=set:\([^|]*\).*/\1/p' "$folder/build/release/test_programs.txt" | head -1)"
     export TZ
     setWineEnvironment
