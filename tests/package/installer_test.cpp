@@ -153,7 +153,7 @@ struct Machine : testing::Environment {
             const CleanProgramEntries entries;
             const LcdRegistrationScope noLcd(L"");
             CleanProgramEntries::setInstallFolder(L"");
-            const ChildProcess kelvaro(kKelvaroProgram);
+            const ChildProcess kelvaro(kelvaroProgram());
             PostMessageW(waitForPreview(kelvaro), WM_COMMAND, Panelix::kCommandShow, 0);
             PostMessageW(waitForPreview(kelvaro), WM_COMMAND, Panelix::kCommandExit, 0);
             EXPECT_EQ(kelvaro.waitForExit(), DWORD{0});
