@@ -80,10 +80,12 @@ trap cleanUp EXIT
 trap 'exit 130' INT TERM HUP
 startXvfb
 
-# A copy runs, so that a build meanwhile does not disturb it.
-copy="$here/out/soak"
+# A copy runs, so that a build meanwhile does not disturb it. It lies in the build's folder, from which the test finds
+# the stand-ins.
+built="$here/out/build/release/tests/endurance/soak_tests"
+copy="$built-running"
 rm -rf "$copy"
-cp -r "$here/out/build/release/tests/endurance/soak_tests" "$copy"
+cp -r "$built" "$copy"
 say "$passes passes, seed $seed"
 KELVARO_PASSES="$passes" KELVARO_SEED="$seed" "$here/scripts/wine.sh" "$copy/soak_tests.exe" \
     --gtest_filter='Soak.After*'
