@@ -22,7 +22,7 @@ extern "C" int createHostile() noexcept {
         *nowhere = 1;
     }
     if (isAsked(L"slow")) {
-        Sleep(2000);
+        Sleep(1000);
     }
     return -1;
 }

@@ -172,6 +172,13 @@ Figures, two samples
 Everything could be looked at.
 )text";
 
+/// The end of the section on the LCD, which --lcd changes.
+inline constexpr char kStartNotTried[] = R"text(  Start of the library        not tried: only with --lcd
+)text";
+inline constexpr char kStarted[] = R"text(  LogiLcdInit returned        true
+  Colour LCD connected        yes
+)text";
+
 /// On a machine with none of them.
 inline constexpr char kWithNothing[] =
     R"text(Kelvaro report: what Kelvaro finds on this machine, and what it does not
