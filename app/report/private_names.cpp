@@ -20,6 +20,27 @@ constexpr DWORD kPathCapacity = 32'768;
 /// Folders among the users' that are nobody's.
 constexpr std::wstring_view kNobodys[] = {L"public", L"default", L"all users", L"default user"};
 
+/// Names that say nothing about a person or a machine, between blanks. Hidden everywhere they would take the
+/// report's own words out of it: "<user> there" for "not there", "C:\\<user>\\system32".
+constexpr std::wstring_view kCommonNames =
+    // Of accounts, computers and folders; those of what is put in the place of names among them.
+    L" admin administrator computer default desktop files guest home laptop local notebook office owner "
+    L"pc program public system system32 temp test user userprofile users windows work "
+    // Of what the report is about.
+    L" amd atiadlxx audio battery bytes card clock code controller core cpu default definition device "
+    L"devices digital display driver dll exe figure figures gamepad geforce getcoretempinfo gpu hardware "
+    L"headphones headset high hklm intel kelvaro kelvaroreport keyboard khz lcd level library line lines "
+    L"list machine mail mapping memory mib microphone microphones mmdevapi mobile monitor nvidia output "
+    L"program radeon realtek record report result serverbinary session software sound speaker speakers "
+    L"status usb version volume wine "
+    // Of its sentences.
+    L" active all and at available be been before but called cannot classes clsid connected could count "
+    L"does empty error fails false file finds first for found free full gone had has here id in "
+    L"installed is it its left loaded longer looked low may medium missing mode module name names needed "
+    L"neither nimh no none not of on one only open or path read registered run runs say second send set "
+    L"share shared shorter shows start text than that the them there this to tried true type under "
+    L"unknown used want what which wired with without works yes ";
+
 /// One form for comparing, as long as the text: small letters, and one kind of slash.
 std::wstring comparable(std::wstring_view text) {
     std::wstring form(text);
@@ -96,12 +117,20 @@ void hideOtherProfiles(std::wstring& text, std::wstring_view folder) {
     }
 }
 
+/// Whether a name is a common one, a number, or a single letter of ASCII, such as that of a drive.
+bool saysNothing(std::wstring_view name) {
+    const auto isDigit = [](wchar_t character) { return character >= L'0' && character <= L'9'; };
+    return (name.size() == 1 && name.front() < L'\x80') || std::all_of(name.begin(), name.end(), isDigit) ||
+           kCommonNames.find(L' ' + comparable(name) + L' ') != std::wstring_view::npos;
+}
+
 void hideWord(std::wstring& text, std::wstring_view word, std::wstring_view replacement) {
-    replaceAll(text, word, replacement, [&](std::wstring_view whole, std::size_t position) {
-        // Not what was put there by this.
-        const bool isReplaced = position != 0 && (whole[position - 1] == L'<' || whole[position - 1] == L'%');
-        return !isReplaced && isWholeWord(whole, position, word.size());
-    });
+    // What was put there by this is common as well, and not replaced again.
+    if (!saysNothing(word)) {
+        replaceAll(text, word, replacement, [&](std::wstring_view whole, std::size_t position) {
+            return isWholeWord(whole, position, word.size());
+        });
+    }
 }
 
 void add(std::vector<std::wstring>& list, std::wstring_view text) {

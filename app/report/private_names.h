@@ -19,5 +19,7 @@ struct PrivateNames {
 PrivateNames currentPrivateNames();
 
 /// The text with "%USERPROFILE%" in the place of the user's profile folder, and with "<user>" and
-/// "<computer>" in the place of names: those of other users' profile folders, and whole words.
+/// "<computer>" in the place of names: those of other users' profile folders, and whole words. Names that are
+/// common words, such as "Admin" or "Speaker", single letters of ASCII and numbers are left where they do not
+/// name a profile folder: they say nothing about anybody, and the report could not be read without them.
 std::wstring withoutPrivateNames(std::wstring text, const PrivateNames& names);

@@ -2,11 +2,22 @@
 
 #include <windows.h>
 
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <regex>
+#include <set>
+#include <sstream>
 #include <string>
+#include <string_view>
+#include <vector>
+
+#include "app/report/report_writer.h"
+#include "tests/e2e/report_texts.h"
 
 namespace {
+
+using testing::Contains;
 
 const PrivateNames kNames{.profileFolders = {L"C:\\Users\\Anna Muster", L"C:\\Users\\ANNAMU~1"},
                           .usersFolders = {L"C:\\Users"},
@@ -15,6 +26,13 @@ const PrivateNames kNames{.profileFolders = {L"C:\\Users\\Anna Muster", L"C:\\Us
 
 std::wstring masked(const wchar_t* text) {
     return withoutPrivateNames(text, kNames);
+}
+
+/// Of one name, as that of the user.
+PrivateNames namedUser(const std::wstring& name) {
+    PrivateNames names;
+    names.users = {name};
+    return names;
 }
 
 struct Case {
@@ -72,10 +90,67 @@ TEST(PrivateNames, TheUsersAndTheComputersNamesAreHiddenAsWholeWords) {
 TEST(PrivateNames, WhatWasPutThereIsNotReplacedAgain) {
     const PrivateNames names{.profileFolders = {L"C:\\Users\\user"},
                              .usersFolders = {L"C:\\Users"},
-                             .users = {L"user", L"userprofile"},
+                             .users = {L"user", L"userprofile", L"Anna"},
                              .computers = {L"computer"}};
-    EXPECT_EQ(withoutPrivateNames(L"C:\\Users\\user\\x of user on computer", names),
-              L"%USERPROFILE%\\x of <user> on <computer>");
+    EXPECT_EQ(withoutPrivateNames(L"C:\\Users\\user\\x of Anna on computer", names),
+              L"%USERPROFILE%\\x of <user> on computer");
+}
+
+TEST(PrivateNames, NamesInAngleBracketsOrPercentSignsAreHiddenAsWell) {
+    expectAll({
+        {L"<anna> and %anna%", L"<<user>> and %<user>%"},
+        {L"<annas-pc>", L"<<computer>>"},
+    });
+}
+
+TEST(PrivateNames, CommonWordsAreHiddenInProfilesOnly) {
+    const std::wstring path = L"C:\\Windows\\system32\\x.dll";
+    for (const wchar_t* name : {L"Windows", L"KELVARO", L"Speaker", L"Admin", L"not", L"dll", L"x", L"32"}) {
+        const std::wstring folder = std::wstring(L"C:\\Users\\") + name;
+        const PrivateNames names{
+            .profileFolders = {folder}, .usersFolders = {L"C:\\Users"}, .users = {name}, .computers = {name}};
+        for (const std::wstring& text : {path,
+                                         std::wstring(L"not there"),
+                                         std::wstring(L"Speaker 32 (Admin's)"),
+                                         std::wstring(L"D:\\Kelvaro\\Kelvaro.exe: not there")}) {
+            EXPECT_EQ(withoutPrivateNames(text, names), text);
+        }
+        EXPECT_EQ(withoutPrivateNames(folder + L"\\x.dll", names), L"%USERPROFILE%\\x.dll");
+        EXPECT_EQ(withoutPrivateNames(L"C:\\Users\\Speaker2\\y", names), L"C:\\Users\\<user>\\y");
+    }
+}
+
+/// Words of letters in the values of a report's text.
+std::set<std::wstring> wordsOfValues(std::string_view text) {
+    std::set<std::wstring> words;
+    std::istringstream lines{std::string(text)};
+    for (std::string line; std::getline(lines, line);) {
+        if (line.starts_with("  ") && line.size() > ReportWriter::kValueColumn) {
+            const std::string value = line.substr(ReportWriter::kValueColumn);
+            const std::regex word("\\b[A-Za-z]+\\b");
+            for (std::sregex_iterator each(value.begin(), value.end(), word), end; each != end; ++each) {
+                const std::string found = each->str();
+                words.emplace(found.begin(), found.end());
+            }
+        }
+    }
+    return words;
+}
+
+TEST(PrivateNames, TheReportsOwnWordsAreHiddenNowhere) {
+    const std::set<std::wstring> words = wordsOfValues(kWithNothing);
+    EXPECT_GT(words.size(), 50U);
+    for (const std::wstring& word : words) {
+        EXPECT_EQ(withoutPrivateNames(word, namedUser(word)), word);
+    }
+}
+
+TEST(PrivateNames, ShortNamesThatAreNoWordsAreHidden) {
+    PrivateNames names = namedUser(L"Li");
+    names.users.insert(names.users.end(), {L"\x674E", L"user1", L"Anna Test"});
+    names.computers = {L"X1"};
+    EXPECT_EQ(withoutPrivateNames(L"Li's, \x674E, user1 and anna test on X1", names),
+              L"<user>'s, <user>, <user> and <user> on <computer>");
 }
 
 TEST(PrivateNames, NothingIsHiddenWithoutNames) {
@@ -87,7 +162,7 @@ TEST(PrivateNames, ThoseOfThisUserAreFound) {
     wchar_t name[257] = L"";
     DWORD length = 257;
     ASSERT_NE(GetUserNameW(name, &length), FALSE);
-    EXPECT_EQ(withoutPrivateNames(name, names), L"<user>");
+    EXPECT_THAT(names.users, Contains(std::wstring(name)));
     wchar_t profile[MAX_PATH] = L"";
     ASSERT_GT(GetEnvironmentVariableW(L"USERPROFILE", profile, MAX_PATH), 0U);
     EXPECT_EQ(withoutPrivateNames(std::wstring(profile) + L"\\a", names), L"%USERPROFILE%\\a");
@@ -97,7 +172,7 @@ TEST(PrivateNames, ThoseOfThisUserAreFound) {
     wchar_t computer[257] = L"";
     length = 257;
     ASSERT_NE(GetComputerNameW(computer, &length), FALSE);
-    EXPECT_EQ(withoutPrivateNames(computer, names), L"<computer>");
+    EXPECT_THAT(names.computers, Contains(std::wstring(computer)));
 }
 
 }  // namespace
