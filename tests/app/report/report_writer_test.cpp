@@ -57,8 +57,8 @@ TEST_F(ReportWriterLines, ValuesAreMaskedAndLabelsAreNot) {
 }
 
 TEST_F(ReportWriterLines, WhatWouldLeaveTheLineBecomesAQuestionMark) {
-    writer.value(L"Name", L"a\r\nb\tc\x1B[2Jd\x7F\x9B\x2028 \xE4");
-    EXPECT_THAT(lines, ElementsAre(L"  Name                        a??b?c?[2Jd??? \xE4"));
+    writer.value(L"Name", L"a\r\nb\tc\x1B[2Jd\x7F\x9B\x2028\x2029 \xE4");
+    EXPECT_THAT(lines, ElementsAre(L"  Name                        a??b?c?[2Jd???? \xE4"));
 }
 
 TEST_F(ReportWriterLines, LongValuesAreCut) {
