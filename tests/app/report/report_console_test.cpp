@@ -26,6 +26,24 @@ DWORD WINAPI tellProgramsOnConsole(LPDWORD, DWORD) {
     return programsOnConsole;
 }
 
+/// The program that prints its help, on a thread of its own. The destructor waits for its end.
+class HelpOnAThread {
+public:
+    ~HelpOnAThread() { thread_.join(); }
+
+    bool ended() const { return ended_; }
+
+private:
+    void print() {
+        const wchar_t* const arguments[] = {L"KelvaroReport", L"--help"};
+        EXPECT_EQ(runReportProgram(2, arguments), 0);
+        ended_ = true;
+    }
+
+    std::atomic<bool> ended_ = false;
+    std::thread thread_{[this] { print(); }};
+};
+
 /// A console of this program's own, which its standard handles lead to.
 class ReportOnAConsole : public testing::Test {
 protected:
@@ -107,11 +125,6 @@ protected:
         return shown().find(L"Press Enter to close this window.") != std::wstring::npos;
     }
 
-    static int printHelp() {
-        const wchar_t* const arguments[] = {L"KelvaroReport", L"--help"};
-        return runReportProgram(2, arguments);
-    }
-
     const Handles before = standardHandles();
     Handles consoles{};
     Panelix::UniqueFile input;
@@ -130,24 +143,23 @@ TEST_F(ReportOnAConsole, ShowsLettersOfEveryScript) {
 
 TEST_F(ReportOnAConsole, WaitsForEnterOnlyWhenTheWindowIsItsOwn) {
     programsOnConsole = 2;
-    EXPECT_EQ(printHelp(), 0);
+    {
+        HelpOnAThread help;
+        EXPECT_TRUE(Standins::waitUntil([&] { return help.ended(); }, std::chrono::seconds(10)));
+        press(VK_RETURN, L'\r');
+    }
     EXPECT_THAT(shown(), StartsWith(L"Usage: KelvaroReport [--lcd]\n"));
     EXPECT_FALSE(asksForEnter());
 
+    FlushConsoleInputBuffer(input.get());
     programsOnConsole = 1;
-    std::atomic<bool> ended = false;
-    int code = -1;
-    std::thread report([&] {
-        code = printHelp();
-        ended = true;
-    });
+    HelpOnAThread help;
     EXPECT_TRUE(Standins::waitUntil([&] { return asksForEnter(); }, std::chrono::seconds(10)));
     press('A', L'a');
     std::this_thread::sleep_for(std::chrono::milliseconds(100));
-    EXPECT_FALSE(ended);
+    EXPECT_FALSE(help.ended());
     press(VK_RETURN, L'\r');
-    report.join();
-    EXPECT_EQ(code, 0);
+    EXPECT_TRUE(Standins::waitUntil([&] { return help.ended(); }, std::chrono::seconds(10)));
 }
 
 }  // namespace

@@ -14,6 +14,7 @@
 #include "app/report/report.h"
 #include "app/report/report_writer.h"
 #include "app/report/sections.h"
+#include "app/report/system_facts.h"
 #include "framework/core/com_apartment.h"
 #include "standins/adl/virtual_radeon.h"
 #include "standins/core_audio/loaded_core_audio.h"
@@ -452,6 +453,18 @@ TEST_F(ReportOfTheStart, TellsAnEntryThatPointsElsewhere) {
                   folder.executable() +
                   L"\n"
                   L"  It is Kelvaro.exe here      no\n");
+}
+
+TEST_F(ReportOfTheStart, KnowsAFileByWhatItIsAndNotByHowItsPathIsWritten) {
+    const InstallationFolder folder;
+    const InstallationFolder other(L" other");
+    std::wstring capitals = folder.executable();
+    CharUpperW(capitals.data());
+    EXPECT_TRUE(isSameFile(folder.executable(), capitals));
+    EXPECT_TRUE(isSameFile(folder.executable(), folder.path() + L"/.\\kelvaro.exe"));
+    EXPECT_FALSE(isSameFile(folder.executable(), other.executable()));
+    EXPECT_FALSE(isSameFile(folder.executable(), folder.executable() + L"x"));
+    EXPECT_FALSE(isSameFile(L"C:\\nowhere\\a", L"C:\\nowhere\\a"));
 }
 
 TEST_F(ReportOfTheStart, TellsAnEntryThatPointsNowhereWithOrWithoutQuotes) {
