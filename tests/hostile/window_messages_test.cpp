@@ -66,6 +66,12 @@ bool opensTheSystemMenu(UINT message, WPARAM wParam) {
     }
 }
 
+/// Wine's GDI takes such a number for a metafile's device context and follows it without asking whether there
+/// is one, in messages that come with a device context.
+bool isMetafileForWine(WPARAM wParam) {
+    return (wParam & 0x7F0000) == 0x660000;
+}
+
 /// Memory of this process for messages that bring some: the system copies as much of it as the message is
 /// about.
 class Enclosure {
@@ -105,7 +111,8 @@ protected:
                 bringsMemory || inputs.chance(3) ? inputs.below(kLastOfTheSystem + 1) : nextMessage();
             const WPARAM wParam = randomParameter(inputs);
             const auto lParam = static_cast<LPARAM>(randomParameter(inputs));
-            if (endsTheWindow(message) || opensTheSystemMenu(message, wParam) || isLeftOut(message, wParam)) {
+            if (endsTheWindow(message) || opensTheSystemMenu(message, wParam) || isMetafileForWine(wParam) ||
+                isLeftOut(message, wParam)) {
                 continue;
             }
             if (bringsMemory && message != WM_COMMAND) {
