@@ -235,6 +235,29 @@ TEST_F(Screenshot, ANameTakenByAFolderIsReported) {
     EXPECT_EQ(folder_.files().size(), 1U) << "the next one is saved";
 }
 
+BOOL WINAPI writeToAFullDisk(HANDLE, const void*, DWORD, DWORD* written, OVERLAPPED*) {
+    if (written != nullptr) {
+        *written = 0;
+    }
+    SetLastError(ERROR_DISK_FULL);
+    return FALSE;
+}
+
+TEST_F(Screenshot, ADiskThatIsFullIsReportedAndTheNextOneIsSavedWhenThereIsRoom) {
+    SKIP_ON_WINDOWS("GDI+ writes its files through another library there");
+    // The library that writes files for GDI+ is loaded by the first one.
+    paintSomething();
+    canvas_.saveScreenshot();
+    {
+        const ImportOverride full("kernel32.dll", "WriteFile", writeToAFullDisk, L"shcore.dll");
+        expectOneErrorBox();
+    }
+    canvas_.saveScreenshot();
+    EXPECT_TRUE(
+        samePicture(pictureIn(folder_.files().back()), plainPicture(kLcdWidth, kLcdHeight, 0xFF102030)));
+    EXPECT_EQ(watcher_.boxes().size(), 1U) << "only the one of the full disk";
+}
+
 // What is longer than the system takes is refused; under Wine, which takes it, it is saved.
 TEST_F(Screenshot, ADocumentsFolderOfTheLongestNameIsReportedOrTaken) {
     std::wstring documents = folder_.path() + L"\\";
