@@ -1,51 +1,74 @@
+#include <windows.h>
+
 #include <gtest/gtest.h>
 
 #include <array>
-#include <atomic>
-#include <cmath>
+#include <chrono>
 #include <optional>
 #include <string>
-#include <thread>
 
 #include "standins/core_temp/published_core_temp.h"
+#include "standins/wait_until.h"
 #include "stats/core_temp_reading.h"
 #include "tests/hostile/random_inputs.h"
 #include "tests/stats/free_handles.h"
 #include "tests/stats/private_memory.h"
+#include "tests/support/child_process.h"
 
-// Core Temp's shared memory has no lock. The mapping's name is the same for every program of the session, so
-// nothing runs beside these tests.
+// Core Temp's shared memory has no lock, and another process writes it. The mapping's name is the same for
+// every program of the session, so nothing runs beside these tests.
 
 namespace {
 
 using Standins::CoreTempFigures;
 using Standins::CoreTempMapping;
 using Standins::PublishedCoreTemp;
+using Standins::waitUntil;
 
-/// Writes one record over the other, through a view of its own, as fast as it can, for as long as it lives.
-class RestlessCoreTemp {
+/// Set in the process that writes.
+constexpr wchar_t kWriterVariable[] = L"KELVARO_REWRITES_CORE_TEMP";
+
+/// Writes one record over the other as fast as it can, until the process is ended.
+[[noreturn]] void writeOnAndOn(CoreTempMapping mapping) {
+    PublishedCoreTemp published(mapping);
+    std::array<CoreTempFigures, 2> figures;
+    figures[0] = {4, 2, true, 3600.0F, 100.0F, 36.0F, 1.0F, {}};
+    figures[0].temperatures.fill(40.0F);
+    figures[1] = {0xFFFFFFFF, 0xFFFFFFFF, false, 1e30F, 1e30F, 1e30F, 2.0F, {}};
+    figures[1].temperatures.fill(90.0F);
+    const std::array<std::string, 2> names = {std::string(7, 'a'), std::string(100, 'b')};
+    for (std::size_t turn = 0;; turn = 1 - turn) {
+        published.setFigures(figures[turn]);
+        published.setName(names[turn]);
+    }
+}
+
+/// The same test in another process, where it writes.
+class Writer {
 public:
-    explicit RestlessCoreTemp(CoreTempMapping mapping)
-        : published_(mapping),
-          thread_([this](const std::stop_token& stop) { write(stop); }) {}
-
-private:
-    void write(const std::stop_token& stop) {
-        std::array<CoreTempFigures, 2> figures;
-        figures[0] = {4, 2, true, 3600.0F, 100.0F, 36.0F, 1.0F, {}};
-        figures[0].temperatures.fill(40.0F);
-        figures[1] = {0xFFFFFFFF, 0xFFFFFFFF, false, 1e30F, 1e30F, 1e30F, 2.0F, {}};
-        figures[1].temperatures.fill(90.0F);
-        const std::array<std::string, 2> names = {std::string(7, 'a'), std::string(100, 'b')};
-        for (std::size_t turn = 0; !stop.stop_requested(); turn = 1 - turn) {
-            published_.setFigures(figures[turn]);
-            published_.setName(names[turn]);
-        }
+    Writer() {
+        const testing::TestInfo& test = *testing::UnitTest::GetInstance()->current_test_info();
+        const std::string filter =
+            std::string("--gtest_filter=") + test.test_suite_name() + '.' + test.name();
+        SetEnvironmentVariableW(kWriterVariable, L"1");
+        process_.emplace(modulePath(), std::wstring(filter.begin(), filter.end()));
+        SetEnvironmentVariableW(kWriterVariable, nullptr);
     }
 
-    PublishedCoreTemp published_;
-    std::jthread thread_;
+private:
+    static std::wstring modulePath() {
+        std::array<wchar_t, MAX_PATH> path{};
+        GetModuleFileNameW(nullptr, path.data(), static_cast<DWORD>(path.size()));
+        return path.data();
+    }
+
+    std::optional<ChildProcess> process_;
 };
+
+bool isWriter() {
+    wchar_t value[2];
+    return GetEnvironmentVariableW(kWriterVariable, value, 2) != 0;
+}
 
 class RewrittenCoreTemp : public testing::TestWithParam<CoreTempMapping> {};
 INSTANTIATE_TEST_SUITE_P(BothRecords,
@@ -57,9 +80,18 @@ INSTANTIATE_TEST_SUITE_P(BothRecords,
                          });
 
 TEST_P(RewrittenCoreTemp, IsReadAsFiguresOfEitherRecord) {
+    if (isWriter()) {
+        writeOnAndOn(GetParam());
+    }
     RandomInputs inputs("readings of a record that is being written", 300, 20'000);
-    const RestlessCoreTemp coreTemp(GetParam());
-    ASSERT_TRUE(readCoreTemp(nullptr));
+    const Writer writer;
+    // The mapping is there a moment before its first record.
+    ASSERT_TRUE(waitUntil(
+        [] {
+            const std::optional<CoreTempReading> reading = readCoreTemp(nullptr);
+            return reading && reading->vid != 0.0F;
+        },
+        std::chrono::seconds(10)));
     const std::uintptr_t handles = greatestOfNextHandles();
     const std::size_t memory = privateMemoryBytes();
     std::array<unsigned, 2> seen{};
