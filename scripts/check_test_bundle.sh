@@ -93,14 +93,15 @@ sumsOf() {
     sed -n "s/^$1 .* \([0-9]*\) passed *\([0-9]*\) failed *\([0-9]*\) skipped .*/\1 \2 \3/p" "$place/output.txt"
 }
 
-# machineTo FILE: all that tests could have changed: the registry, but for what Wine keeps there of its own, and the
-# names of the system's files and of those that are kept for restoring.
+# machineTo FILE: all that tests could have changed: the registry, but for what Wine keeps there of its own and for the
+# list of sound devices, which the system makes when it is first asked for them, and the names of the system's files and
+# of those that are kept for restoring.
 machineTo() {
     local root
     for root in HKEY_LOCAL_MACHINE HKEY_CURRENT_USER; do
         wine regedit /E "Z:${place//\//\\}\\dump.reg" "$root\\Software"
         iconv -f UTF-16 -t UTF-8 "$place/dump.reg" | tr -d '\r'
-    done | awk '/^\[/ { skip = /^\[HKEY_CURRENT_USER\\Software\\Wine\\/ } !skip' >"$1"
+    done | awk '/^\[/ { skip = /\\Software\\(Wine|Microsoft\\Windows\\CurrentVersion\\MMDevices)[\\\]]/ } !skip' >"$1"
     (cd "$WINEPREFIX/drive_c" && find windows/system32 ProgramData -print | LC_ALL=C sort) >>"$1"
 }
 
