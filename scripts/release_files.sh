@@ -80,13 +80,15 @@ makeSetup() {
     sed "s|.*|File \"$STAGE/files/&\"|" "$lists/names" >"$lists/install.nsh"
     # shellcheck disable=SC2016 # $0 is one of the installer's
     sed 's|.*|Delete "$0\\&"|' "$lists/names" >"$lists/uninstall.nsh"
-    giveReleaseTime "$STAGE"/files/*
+    # The installer takes the picture along as a file, with its time.
+    install -m 0644 "$KELVARO_ROOT/packaging/finish.bmp" "$STAGE/finish.bmp"
+    giveReleaseTime "$STAGE"/files/* "$STAGE/finish.bmp"
     if signing; then
         sign=("-DSIGN=$KELVARO_ROOT/scripts/sign.sh")
     fi
     makensis -V2 -WX "-DVERSION=$1" "-DOUTPUT=$2" "-DFILES=$STAGE/files" "-DLISTS=$lists" \
         "-DICON=$KELVARO_ROOT/artwork/rendered/300_kelvaro.ico" \
-        "-DFINISH_PICTURE=$KELVARO_ROOT/packaging/finish.bmp" "${sign[@]}" \
+        "-DFINISH_PICTURE=$STAGE/finish.bmp" "${sign[@]}" \
         "-DSIZE_KB=$(installedKilobytes)" "$KELVARO_ROOT/packaging/setup.nsi" >"$log" 2>&1 || {
         cat "$log" >&2
         fail "the installer cannot be made"
