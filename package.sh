@@ -13,7 +13,7 @@ source "$here/scripts/release_files.sh"
 
 usage() {
     cat <<TEXT
-Usage: ./package.sh [--output FOLDER] [--release-url URL]
+Usage: ./package.sh [--tests] [--output FOLDER] [--release-url URL]
                     [--sign-with CERTIFICATE [--password-file FILE] [--timestamp URL]]
 
 Installs the packages that are missing (Debian 12), builds the programs that are shipped, and puts into out/package/:
@@ -21,12 +21,13 @@ Installs the packages that are missing (Debian 12), builds the programs that are
   KelvaroSetup-VERSION-x64.exe  the installer
   Kelvaro-VERSION-x64.zip       the programs without installation
   Kelvaro-VERSION-symbols.zip   their symbols, for a debugger
-  SHA256SUMS                    of these three; check them with: sha256sum -c SHA256SUMS
+  SHA256SUMS                    of these; check them with: sha256sum -c SHA256SUMS
   winget/                       the manifest for the Windows package manager
 
 The version is that of project(...) in CMakeLists.txt. The same commit makes the same bytes, unless they are signed: the
 files' time is the commit's, or SOURCE_DATE_EPOCH.
 
+  --tests                  pack the tests for Windows as well: KelvaroTests-VERSION-x64.zip; builds all of them
   --output FOLDER          instead of out/package; like that one it is emptied first, if it holds release files
   --release-url URL        the folder that the installer will be downloaded from, for the winget manifest; also
                            KELVARO_RELEASE_URL. By default one at example.com, which nobody can download from.
@@ -43,6 +44,7 @@ parseOptions() {
     while (($# > 0)); do
         case "$1" in
             -h | --help) usage && exit 0 ;;
+            --tests) tests=1 ;;
             --output | --release-url | --sign-with | --password-file | --timestamp)
                 [[ -n "${2:-}" ]] || fail "$1 needs a value"
                 setOption "$1" "$2"
@@ -78,11 +80,12 @@ checkSigning() {
 }
 
 package="$here/out/package"
+tests=0
 version=''
 programs=()
 parseOptions "$@"
 checkSigning
-[[ ! -e "$package" || -f "$package/SHA256SUMS" ]] || rmdir "$package" 2>/dev/null ||
+[[ ! -e "$package" || -n "$(compgen -G "$package/Kelvaro*.zip")" ]] || rmdir "$package" 2>/dev/null ||
     fail "--output: $package holds other files than a release's"
 makeOutFolder
 setReleaseTime
@@ -90,7 +93,11 @@ ensurePackages "${KELVARO_RUN_PACKAGES[@]}" "${KELVARO_PACKAGE_PACKAGES[@]}"
 if signing; then
     ensurePackages "${KELVARO_SIGN_PACKAGES[@]}"
 fi
-buildPreset release programs
+if ((tests)); then
+    buildPreset release
+else
+    buildPreset release programs
+fi
 readPrograms "$here/out/build/release/programs.txt"
 if [[ -n "$(git -C "$here" status --porcelain 2>/dev/null)" ]]; then
     say "Note: the checkout has changes that are not committed; they are in the files"
@@ -109,5 +116,8 @@ makeZip "$package/Kelvaro-$version-x64.zip" "$STAGE/files" "Kelvaro-$version"
 makeZip "$package/Kelvaro-$version-symbols.zip" "$STAGE/symbols" "Kelvaro-$version-symbols"
 giveReleaseTime "$package"/*.zip
 makeWinget "$version" "$package/KelvaroSetup-$version-x64.exe" "$package/winget"
+if ((tests)); then
+    "$here/scripts/test_bundle.sh" --output "$package"
+fi
 makeSums "$package"
 (cd "$package" && find . -type f -printf '   %P, %s bytes\n' | sort)

@@ -10,17 +10,22 @@ source "$(dirname "${BASH_SOURCE[0]}")/release_files.sh"
 
 usage() {
     cat <<TEXT
-Usage: scripts/test_bundle.sh
+Usage: scripts/test_bundle.sh [--output FOLDER]
 
 Packs all test programs, the stand-ins and the programs that are shipped, as the preset release has built them, into
-out/package/KelvaroTests-VERSION-x64.zip. On Windows, unpacked anywhere: run-tests.cmd /help.
+out/package/KelvaroTests-VERSION-x64.zip, or into FOLDER. On Windows, unpacked anywhere: run-tests.cmd /help.
 The files' time is the commit's, or SOURCE_DATE_EPOCH.
 TEXT
 }
 
+output="$KELVARO_ROOT/out/package"
 case "${1:-}" in
     '') ;;
     -h | --help) usage && exit 0 ;;
+    --output)
+        [[ -n "${2:-}" ]] || fail "--output needs a folder"
+        output="$(realpath -m -- "$2")"
+        ;;
     *) fail "unknown option '$1'; --help lists the options" ;;
 esac
 
@@ -73,8 +78,8 @@ readPrograms "$build/programs.txt"
 setReleaseTime
 STAGE="$(mktemp -d "$KELVARO_ROOT/out/bundle.XXXXXX")"
 trap 'rm -rf "$STAGE"' EXIT
-package="$KELVARO_ROOT/out/package/KelvaroTests-$version-x64.zip"
-mkdir -p "$KELVARO_ROOT/out/package"
+package="$output/KelvaroTests-$version-x64.zip"
+mkdir -p "$output"
 fill "$STAGE/files"
 makeZip "$package" "$STAGE/files" "KelvaroTests-$version"
 giveReleaseTime "$package"
