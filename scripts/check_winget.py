@@ -1,4 +1,4 @@
-#!/usr/bin/env python3
+#!/usr/bin/python3
 """Checks the winget manifest of a package folder: scripts/check_winget.py PACKAGE-FOLDER [SCHEMA-FOLDER]
 
 Without the package manager's JSON schemas: that the three files agree, have what is required, and name the installer
