@@ -102,12 +102,6 @@ unsigned passesOfTheRun() {
         .value_or(std::getenv("KELVARO_ALL") != nullptr ? kLongFormPasses : kUsualPasses);
 }
 
-std::wstring ownPath() {
-    std::array<wchar_t, MAX_PATH> path{};
-    GetModuleFileNameW(nullptr, path.data(), static_cast<DWORD>(path.size()));
-    return path.data();
-}
-
 /// Indices at which two arrays differ.
 template <typename Value, std::size_t count>
 std::vector<std::size_t> differences(const std::array<Value, count>& left,
@@ -496,7 +490,7 @@ TEST_F(Soak, AfterALongRandomRunEverythingIsAsInAFreshProcess) {
     const std::wstring file = folder.path() + L"\\frames";
     SetEnvironmentVariableW(L"KELVARO_FRAMES", file.c_str());
     SetEnvironmentVariableW(L"KELVARO_SEED", std::to_wstring(seedOfTheRun()).c_str());
-    const ChildProcess fresh(ownPath(), L"--gtest_filter=Soak.AFreshProgramComesToRest");
+    const ChildProcess fresh(ownProgram(), L"--gtest_filter=Soak.AFreshProgramComesToRest");
     ASSERT_EQ(fresh.waitForExit(5min), 0U);
     const std::unique_ptr<LastFrames> expected = LastFrames::load(file);
     ASSERT_NE(expected, nullptr);

@@ -51,17 +51,11 @@ public:
         const std::string filter =
             std::string("--gtest_filter=") + test.test_suite_name() + '.' + test.name();
         SetEnvironmentVariableW(kWriterVariable, L"1");
-        process_.emplace(modulePath(), std::wstring(filter.begin(), filter.end()));
+        process_.emplace(ownProgram(), std::wstring(filter.begin(), filter.end()));
         SetEnvironmentVariableW(kWriterVariable, nullptr);
     }
 
 private:
-    static std::wstring modulePath() {
-        std::array<wchar_t, MAX_PATH> path{};
-        GetModuleFileNameW(nullptr, path.data(), static_cast<DWORD>(path.size()));
-        return path.data();
-    }
-
     std::optional<ChildProcess> process_;
 };
 

@@ -2,6 +2,14 @@
 
 #include <gtest/gtest.h>
 
+#include <array>
+
+std::wstring ownProgram() {
+    std::array<wchar_t, MAX_PATH> path{};
+    GetModuleFileNameW(nullptr, path.data(), static_cast<DWORD>(path.size()));
+    return path.data();
+}
+
 ChildProcess::ChildProcess(const std::wstring& path,
                            const std::wstring& arguments,
                            HANDLE standardError,

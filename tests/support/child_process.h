@@ -8,6 +8,9 @@
 
 #include "framework/core/unique_resource.h"
 
+/// Full path of this test program, for a test that starts itself again.
+std::wstring ownProgram();
+
 /// A program that a test started. It is ended by force when the test is over before it.
 class ChildProcess {
 public:
