@@ -51,12 +51,12 @@ struct OneFailure<Gdiplus::GpStatus(Arguments...)> {
 
 class Repaint : public MainPageOnKeyboard {
 protected:
-    /// Draws twice and tells whether the second drawing painted. Within one second, as the clock shows
-    /// itself.
+    /// Draws twice and tells whether the second drawing painted. Both within one second, as the clock shows
+    /// itself: it is read before the first and after the second.
     bool paintsAgain(const std::function<void()>& change = [] {}) {
         for (;;) {
-            draw();
             const std::wstring clock = sampler.dateTimeText();
+            draw();
             smear();
             const PagePixels smeared(*page->bitmap());
             page->takeChanged();
