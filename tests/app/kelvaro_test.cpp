@@ -88,12 +88,11 @@ protected:
         EXPECT_TRUE(::waitFor([window] { return IsWindowVisible(window) == FALSE; }));
     }
 
-    /// Every message posted before this call has been handled when it returns.
+    /// What was asked for has been opened when it returns, unless it never will be.
     void settle() {
-        for (int round = 0; round < 3; ++round) {
-            SendMessageW(kelvaro.window(), WM_NULL, 0, 0);
-            Sleep(30);
-        }
+        EXPECT_TRUE(waitUntilPostedIsHandled(kelvaro.window()));
+        // A dialog is shown when its queue is empty.
+        Sleep(50);
     }
 
     LcdRegistrationScope noLcd{L""};
@@ -144,6 +143,7 @@ TEST_F(KelvaroObject, HasOneAboutBoxAndOneSettingsDialogWhicheverIsAskedForInsid
                 ask(Panelix::kCommandSettings);
                 settle();
             }
+            EXPECT_TRUE(::waitFor([] { return !open(kAbout).empty() && !open(kSettings).empty(); }));
             EXPECT_EQ(open(kAbout).size(), 1U);
             EXPECT_EQ(open(kSettings).size(), 1U);
         });

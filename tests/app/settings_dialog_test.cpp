@@ -40,11 +40,14 @@ void tick(HWND dialog, bool on) {
 
 /// Every message posted to the dialog before this call has been handled when it returns.
 void settle(HWND dialog) {
-    // The first answer comes in the middle of the loop's work at the latest; posted ones are taken in order.
-    for (int round = 0; round < 3; ++round) {
-        SendMessageW(dialog, WM_NULL, 0, 0);
-        Sleep(30);
-    }
+    EXPECT_TRUE(waitUntilPostedIsHandled(dialog));
+}
+
+/// Moves the mouse, and gives a dialog that would follow it the time to do so.
+void moveMouseAway(HWND dialog, POINT point) {
+    SetCursorPos(point.x, point.y);
+    Sleep(100);
+    settle(dialog);
 }
 
 /// A visible window of the calling thread's own, of a class that does not let the mouse through.
@@ -468,8 +471,7 @@ TEST_F(SettingsDialog, IsDraggedByItsCaptionAndLetGo) {
         const RECT dropped = rectOf(dialog);
         EXPECT_EQ(dropped.top, before.top + 40);
         // The button is up: the dialog stays where it is.
-        SetCursorPos(grip.x + 200, grip.y + 100);
-        settle(dialog);
+        moveMouseAway(dialog, {grip.x + 200, grip.y + 100});
         const RECT after = rectOf(dialog);
         EXPECT_NE(EqualRect(&after, &dropped), FALSE);
         expectCancelWorks(dialog);
@@ -493,8 +495,7 @@ TEST_F(SettingsDialog, ADoubleClickOnItsCaptionDoesNothing) {
     show([](HWND dialog) {
         const RECT before = rectOf(dialog);
         doubleClickAt(captionOf(dialog));
-        SetCursorPos(10, 10);
-        settle(dialog);
+        moveMouseAway(dialog, {10, 10});
         const RECT after = rectOf(dialog);
         EXPECT_NE(EqualRect(&after, &before), FALSE);
         expectCancelWorks(dialog);

@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <array>
+#include <atomic>
 #include <functional>
 #include <optional>
 #include <thread>
@@ -98,6 +99,22 @@ void moveMouse(POINT point) {
     std::this_thread::sleep_for(kMousePause);
 }
 
+/// The message that is posted last, and whether it has been taken out of its queue.
+UINT lastMessage() {
+    static const UINT message = RegisterWindowMessageW(L"Kelvaro test: last message");
+    return message;
+}
+
+std::atomic<bool> lastTaken{false};
+
+LRESULT CALLBACK watchMessages(int code, WPARAM removal, LPARAM record) {
+    if (code == HC_ACTION && removal == PM_REMOVE &&
+        reinterpret_cast<const MSG*>(record)->message == lastMessage()) {
+        lastTaken = true;
+    }
+    return CallNextHookEx(nullptr, code, removal, record);
+}
+
 }  // namespace
 
 bool waitFor(const std::function<bool()>& condition, milliseconds timeout) {
@@ -143,6 +160,20 @@ std::vector<HWND> visibleWindows(DWORD processId, const wchar_t* className, cons
 
 bool waitUntilGone(HWND window) {
     return waitFor([window] { return IsWindow(window) == FALSE; });
+}
+
+bool waitUntilPostedIsHandled(HWND window) {
+    const HHOOK hook =
+        SetWindowsHookExW(WH_GETMESSAGE, watchMessages, nullptr, GetWindowThreadProcessId(window, nullptr));
+    if (hook == nullptr) {
+        return false;
+    }
+    lastTaken = false;
+    // Posted messages are taken in their order, and the next one once the one before has been handled.
+    const bool handled =
+        PostMessageW(window, lastMessage(), 0, 0) != FALSE && waitFor([] { return lastTaken.load(); });
+    UnhookWindowsHookEx(hook);
+    return handled;
 }
 
 std::wstring textOf(HWND window) {

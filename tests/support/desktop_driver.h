@@ -32,6 +32,11 @@ std::vector<HWND> visibleWindows(DWORD processId, const wchar_t* className, cons
 /// Waits until a window is no more; false when the time is over.
 bool waitUntilGone(HWND window);
 
+/// Waits until all messages that were posted to a window of this process before have been handled; one that
+/// opened a box or dialog counts when that one's loop runs. Not the mouse's messages: they come after posted
+/// ones. Called on another thread than the window's. False when the time is over.
+bool waitUntilPostedIsHandled(HWND window);
+
 /// Empty when the window does not answer.
 std::wstring textOf(HWND window);
 std::wstring classOf(HWND window);
