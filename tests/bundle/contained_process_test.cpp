@@ -2,7 +2,13 @@
 
 #include <gtest/gtest.h>
 
+#include <cstdlib>
+#include <thread>
+
 #include "framework/core/unique_resource.h"
+#include "standins/wait_until.h"
+#include "tests/bundle/utf8.h"
+#include "tests/support/child_process.h"
 #include "tests/support/temporary_folder.h"
 
 namespace {
@@ -11,6 +17,19 @@ using namespace Bundle;
 using namespace std::chrono_literals;
 
 constexpr char kEndless[] = "for /l %i in (1,0,2) do rem";
+
+/// Set in the process that holds a file of this name.
+constexpr wchar_t kHeldVariable[] = L"KELVARO_HELD";
+
+[[noreturn]] void holdFile() {
+    wchar_t name[MAX_PATH] = L"";
+    GetEnvironmentVariableW(kHeldVariable, name, MAX_PATH);
+    const Panelix::UniqueFile file(
+        CreateFileW(name, GENERIC_WRITE, 0, nullptr, CREATE_ALWAYS, FILE_ATTRIBUTE_NORMAL, nullptr));
+    // When nobody ends it, it ends.
+    std::this_thread::sleep_for(60s);
+    std::exit(1);
+}
 
 /// Programs of the system's own, run for as long as they may.
 class ContainedProcess : public testing::Test {
@@ -50,14 +69,22 @@ TEST_F(ContainedProcess, SetsVariablesAndKeepsTheOthers) {
 }
 
 TEST_F(ContainedProcess, IsEndedWithAllThatItStartedWhenItsTimeIsOver) {
-    // The inner one holds the file open for as long as it lives.
+    // The inner one holds the file open, and lets nobody delete it, for as long as it lives.
     const std::wstring held = folder.path() + L"\\held.txt";
-    const RunEnd end = run(
-        "cmd.exe /c " + std::string(kEndless) + " > \"" + std::filesystem::path(held).string() + "\"", 2s);
+    if (GetEnvironmentVariableW(kHeldVariable, nullptr, 0) != 0) {
+        // Nobody else would.
+        RemoveDirectoryW(folder.path().c_str());
+        holdFile();
+    }
+    const RunEnd end =
+        run("\"\"" + toUtf8(ownProgram()) + "\" --gtest_filter=ContainedProcess.IsEndedWithAll*\"",
+            5s,
+            {{"KELVARO_HELD", toUtf8(held)}});
     EXPECT_EQ(end.ending, Ending::Late);
     EXPECT_FALSE(end.isGood());
     EXPECT_NE(GetFileAttributesW(held.c_str()), INVALID_FILE_ATTRIBUTES);
-    EXPECT_NE(DeleteFileW(held.c_str()), FALSE);
+    // A process that is ended lets go of its files a moment later.
+    EXPECT_TRUE(Standins::waitUntil([&] { return DeleteFileW(held.c_str()) != FALSE; }, 10s));
 }
 
 TEST_F(ContainedProcess, IsEndedWhenTheRunIsStopped) {
