@@ -52,6 +52,7 @@ bool opensTheSystemMenu(UINT message, WPARAM wParam) {
     constexpr UINT kPopupSystemMenu = 0x0313;
     switch (message) {
         case WM_CONTEXTMENU:
+        case WM_RBUTTONUP:
         case WM_NCRBUTTONDOWN:
         case WM_NCRBUTTONUP:
         case WM_SYSKEYDOWN:
@@ -59,6 +60,8 @@ bool opensTheSystemMenu(UINT message, WPARAM wParam) {
         case WM_SYSCHAR:
         case kPopupSystemMenu:
             return true;
+        case WM_NCLBUTTONDOWN:
+            return wParam == HTSYSMENU;
         case WM_SYSCOMMAND:
             return (wParam & 0xFFF0) == SC_KEYMENU || (wParam & 0xFFF0) == SC_MOUSEMENU;
         default:
@@ -131,12 +134,20 @@ protected:
         ASSERT_NO_FATAL_FAILURE(calm(target)) << inputs.place();
     }
 
-    UINT nextMessage() { return message_++ & kLastMessage; }
+    UINT nextMessage() {
+        ++inOrder_;
+        return message_++ & kLastMessage;
+    }
+
+    /// The long forms are long enough to have had every message in its turn.
+    void expectEveryMessageWhenLong(const RandomInputs& inputs) const {
+        EXPECT_TRUE(inputs.total() <= kLastMessage || inOrder_ > kLastMessage) << inOrder_;
+    }
 
     /// Ends the menus, the dragging and the boxes that messages have led to, as a user would, until the
     /// preview obeys: everything posted before has been handled then.
     void calm(HWND target) {
-        EXPECT_TRUE(waitFor(
+        const bool calmed = waitFor(
             [&] {
                 for (const HWND receiver : {target, window}) {
                     PostMessageW(receiver, WM_CANCELMODE, 0, 0);
@@ -148,8 +159,9 @@ protected:
                 }
                 return obeys(Panelix::kCommandHide, false) && obeys(Panelix::kCommandShow, true);
             },
-            std::chrono::seconds(30)));
+            std::chrono::seconds(30));
         ASSERT_TRUE(kelvaro->isRunning());
+        ASSERT_TRUE(calmed);
     }
 
     bool obeys(std::uint32_t command, bool visible) const {
@@ -164,12 +176,13 @@ protected:
         return waitFor([&] { return captureClient(window) != before; });
     }
 
-    /// The next one in order.
+    /// The next one in order, and how many there were.
     UINT message_ = 0;
+    unsigned inOrder_ = 0;
 };
 
 TEST_F(NeighbourMessages, LeaveThePreviewAsItIs) {
-    RandomInputs inputs("messages to the preview window", 3'000, 60'000);
+    RandomInputs inputs("messages to the preview window", 3'000, 100'000);
     message_ = inputs.below(0x10000);
     ASSERT_NO_FATAL_FAILURE(start());
     while (inputs.taken() < inputs.total()) {
@@ -177,6 +190,7 @@ TEST_F(NeighbourMessages, LeaveThePreviewAsItIs) {
             return message == WM_COMMAND && LOWORD(wParam) == Panelix::kCommandExit;
         }));
     }
+    expectEveryMessageWhenLong(inputs);
     SetWindowPos(window, nullptr, 300, 300, 0, 0, SWP_NOSIZE | SWP_NOZORDER);
     EXPECT_TRUE(showsFrames());
     ASSERT_NE(openTrayMenu(window), nullptr);
@@ -186,7 +200,7 @@ TEST_F(NeighbourMessages, LeaveThePreviewAsItIs) {
 }
 
 TEST_F(NeighbourMessages, LeaveTheSettingsDialogAsItIs) {
-    RandomInputs inputs("messages to the settings dialog", 1'500, 40'000);
+    RandomInputs inputs("messages to the settings dialog", 1'500, 100'000);
     message_ = inputs.below(0x10000);
     ASSERT_NO_FATAL_FAILURE(start());
     while (inputs.taken() < inputs.total()) {
@@ -199,6 +213,7 @@ TEST_F(NeighbourMessages, LeaveTheSettingsDialogAsItIs) {
         pressButton(dialog, IDC_CANCEL);
         EXPECT_TRUE(waitUntilGone(dialog)) << inputs.place();
     }
+    expectEveryMessageWhenLong(inputs);
     EXPECT_TRUE(showsFrames());
     ask(Panelix::kCommandExit);
     EXPECT_EQ(kelvaro->waitForExit(), DWORD{0});
