@@ -270,6 +270,15 @@ TEST_F(Screenshot, ADocumentsFolderOfTheLongestNameIsReportedOrTaken) {
     std::filesystem::remove_all(L"\\\\?\\" + documents);
 }
 
+// The shell gives the usual folder of the profile for it, or none: a picture is never lost without a word.
+TEST_F(Screenshot, ADocumentsFolderBeyondTheLongestPathIsTheUsualOneOrNone) {
+    const std::wstring tooLong = folder_.path() + L"\\" + std::wstring(300, L'd');
+    setDocumentsFolder(tooLong);
+    const std::wstring path = Panelix::screenshotPath();
+    EXPECT_NE(path.substr(0, folder_.path().size()), folder_.path());
+    EXPECT_TRUE(path.empty() || std::filesystem::is_directory(std::filesystem::path(path).parent_path()));
+}
+
 TEST_F(Screenshot, AnExistingFileIsOverwritten) {
     page_.fill(0xFF123456);
     compose(page_);
