@@ -23,6 +23,7 @@ constexpr UINT kLastMessage = 0xFFFF;
 constexpr unsigned kMessagesBetweenPauses = 1'000;
 /// A message that is sent waits for the program's next pass.
 constexpr unsigned kPostedForOneSent = 150;
+constexpr WPARAM kSmallParameters = 5;
 /// The last of the messages whose parameters the system carries to another process.
 constexpr UINT kLastOfTheSystem = WM_USER - 1;
 
@@ -112,7 +113,7 @@ protected:
             const bool bringsMemory = inputs.chance(kPostedForOneSent);
             const UINT message =
                 bringsMemory || inputs.chance(3) ? inputs.below(kLastOfTheSystem + 1) : nextMessage();
-            const WPARAM wParam = randomParameter(inputs);
+            const WPARAM wParam = bringsMemory ? inputs.below(kSmallParameters) : randomParameter(inputs);
             const auto lParam = static_cast<LPARAM>(randomParameter(inputs));
             if (endsTheWindow(message) || opensTheSystemMenu(message, wParam) || isMetafileForWine(wParam) ||
                 isLeftOut(message, wParam)) {
@@ -120,13 +121,8 @@ protected:
             }
             if (bringsMemory && message != WM_COMMAND) {
                 DWORD_PTR result = 0;
-                SendMessageTimeoutW(target,
-                                    message,
-                                    inputs.below(5),
-                                    enclosure.of(message, inputs),
-                                    SMTO_ABORTIFHUNG,
-                                    100,
-                                    &result);
+                SendMessageTimeoutW(
+                    target, message, wParam, enclosure.of(message, inputs), SMTO_ABORTIFHUNG, 100, &result);
             } else {
                 PostMessageW(target, message, wParam, lParam);
             }
