@@ -79,7 +79,7 @@ TEST_F(ContainedProcess, IsEndedWithAllThatItStartedWhenItsTimeIsOver) {
     const RunEnd end =
         run("\"\"" + toUtf8(ownProgram()) + "\" --gtest_filter=ContainedProcess.IsEndedWithAll*\"",
             5s,
-            {{"KELVARO_HELD", toUtf8(held)}});
+            {{toUtf8(kHeldVariable), toUtf8(held)}});
     EXPECT_EQ(end.ending, Ending::Late);
     EXPECT_FALSE(end.isGood());
     EXPECT_NE(GetFileAttributesW(held.c_str()), INVALID_FILE_ATTRIBUTES);

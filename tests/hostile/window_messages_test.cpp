@@ -23,6 +23,7 @@ constexpr UINT kLastMessage = 0xFFFF;
 constexpr unsigned kMessagesBetweenPauses = 1'000;
 /// A message that is sent waits for the program's next pass.
 constexpr unsigned kPostedForOneSent = 150;
+/// A message that brings memory has a first parameter below this: a kind or a count of what is in it.
 constexpr WPARAM kSmallParameters = 5;
 /// The last of the messages whose parameters the system carries to another process.
 constexpr UINT kLastOfTheSystem = WM_USER - 1;
