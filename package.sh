@@ -94,7 +94,8 @@ if signing; then
     ensurePackages "${KELVARO_SIGN_PACKAGES[@]}"
 fi
 if ((tests)); then
-    buildPreset release
+    # All programs of the build are packed; those of the installer's tests are not built otherwise.
+    buildPreset release all installer_tests
 else
     buildPreset release programs
 fi

@@ -37,7 +37,7 @@ builtFiles() {
     ninja -C "$build" -t targets all | sed -n -e '/: phony$/d' -e 's/^\(.*\.\(exe\|dll\)\): .*/\1/p' | sort -u |
         while IFS= read -r file; do
             [[ "$file" == /* ]] || file="$build/$file"
-            [[ -f "$file" ]] || fail "${file#"$KELVARO_ROOT"/} is not built: cmake --build --preset release"
+            [[ -f "$file" ]] || fail "${file#"$KELVARO_ROOT"/} is not built: ./package.sh --tests builds everything"
             printf '%s\n' "${file#"$KELVARO_ROOT"/out/}"
             librariesBeside "$file"
         done | sort -u
