@@ -22,6 +22,7 @@ Installs the packages that are missing (Debian 12) and runs, one after the other
   format   clang-format over all sources
   layers   no include against the direction of the layers
   host     what computes without Windows, built natively under AddressSanitizer and UndefinedBehaviorSanitizer
+  xinput   no test program with Wine's own XInput, whose threads can keep it from ending
   wine     all tests, cross-built, under Wine with an X server of their own
 Each of the checks counts as one test. The exit code is 0 when everything passed, and tests ran in every part. A
 summary says how many seconds each part took.
@@ -243,6 +244,9 @@ if buildPart host host; then
     runTests host host
 fi
 if buildPart wine release; then
+    if [[ -z "$filter" ]]; then
+        checkByScript xinput "Looking for test programs that would get Wine's own XInput" scripts/check_xinput.sh
+    fi
     openWineSession
     # Twice as many as there are processors: most of these tests wait for a window, a frame or a period.
     runTests wine release -j"$((2 * $(nproc)))"

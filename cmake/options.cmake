@@ -129,16 +129,39 @@ function(kelvaro_test_sources target)
     target_precompile_headers(${target} REUSE_FROM test_headers)
 endfunction()
 
-# kelvaro_tests(NAME PORTABLE files... WINDOWS files... LINK targets... RESOURCES files...
+# kelvaro_library_beside(TARGET LIBRARY): puts the program into a folder of its own, with the library beside it, where
+# Windows looks first.
+function(kelvaro_library_beside target library)
+    set(folder ${CMAKE_CURRENT_BINARY_DIR}/${target})
+    set_target_properties(
+        ${target}
+        PROPERTIES
+            RUNTIME_OUTPUT_DIRECTORY ${folder}
+            # The copy is made after linking.
+            LINK_DEPENDS $<TARGET_FILE:${library}>
+    )
+    add_dependencies(${target} ${library})
+    add_custom_command(
+        TARGET ${target}
+        POST_BUILD
+        COMMAND ${CMAKE_COMMAND} -E copy_if_different $<TARGET_FILE:${library}> ${folder}
+        VERBATIM
+    )
+endfunction()
+
+# kelvaro_tests(NAME [XINPUT] PORTABLE files... WINDOWS files... LINK targets... RESOURCES files...
 #               PROPERTIES ctest properties... ONE_PROCESS suites...)
 # One test program; every test in it is a CTest test, and so a process, of its own.
+# XINPUT gives it the stand-in for XInput, which is linked and not loaded. Every program that SystemInfo is linked into
+# needs it: Wine's own XInput starts threads, and a process that ends while they start can hang.
+# scripts/check_xinput.sh finds the programs without it.
 # The suites of ONE_PROCESS change nothing of what belongs to the process. They are one CTest test besides, which has
 # the program's name and runs them in random order in one process, where none may leave anything to the next.
 # ./test.sh takes that one (label `whole`) instead of their single tests (label `single`), unless there is a filter.
 # Natively, what computes without Windows is all of that kind.
 function(kelvaro_tests name)
     cmake_parse_arguments(
-        arg "" "" "PORTABLE;WINDOWS;LINK;WINDOWS_LINK;RESOURCES;DEPENDS;PROPERTIES;ONE_PROCESS" ${ARGN}
+        arg "XINPUT" "" "PORTABLE;WINDOWS;LINK;WINDOWS_LINK;RESOURCES;DEPENDS;PROPERTIES;ONE_PROCESS" ${ARGN}
     )
     set(sources ${arg_PORTABLE})
     if(WIN32)
@@ -151,12 +174,16 @@ function(kelvaro_tests name)
     endif()
     add_executable(${name} ${sources})
     kelvaro_test_sources(${name})
-    target_link_libraries(${name} PRIVATE ${arg_LINK} GTest::gtest_main)
+    target_link_libraries(${name} PRIVATE ${arg_LINK} test_main)
     if(WIN32)
         target_link_libraries(${name} PRIVATE ${arg_WINDOWS_LINK})
     endif()
     if(arg_DEPENDS AND WIN32)
         add_dependencies(${name} ${arg_DEPENDS})
+    endif()
+    if(arg_XINPUT AND WIN32)
+        kelvaro_library_beside(${name} xinput_standin)
+        list(APPEND arg_PROPERTIES ENVIRONMENT "WINEDLLOVERRIDES=xinput1_4=n,b")
     endif()
     set(discovery DISCOVERY_MODE PRE_TEST DISCOVERY_TIMEOUT 120)
     set(properties
