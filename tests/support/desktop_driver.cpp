@@ -86,16 +86,25 @@ MessageBoxFacts readMessageBox(HWND window) {
     return facts;
 }
 
-void sendMouse(DWORD event) {
-    INPUT input{};
-    input.type = INPUT_MOUSE;
-    input.mi.dwFlags = event;
-    SendInput(1, &input, sizeof(input));
-    std::this_thread::sleep_for(kMousePause);
+/// In 65,536ths of the screen, rounded up: the system rounds down to pixels.
+LONG ofScreen(LONG pixel, int size) {
+    return (pixel * 65'536 + size - 1) / size;
 }
 
-void moveMouse(POINT point) {
-    SetCursorPos(point.x, point.y);
+/// Moves the mouse to a point of the first screen, and does each of the events there. Every input has the
+/// point in it: on a busy machine the window system may still tell where the mouse was before, and a press
+/// without a point of its own would go there.
+void sendMouse(POINT point, const std::vector<DWORD>& events) {
+    std::vector<INPUT> inputs;
+    for (const DWORD event : events) {
+        INPUT input{};
+        input.type = INPUT_MOUSE;
+        input.mi.dx = ofScreen(point.x, GetSystemMetrics(SM_CXSCREEN));
+        input.mi.dy = ofScreen(point.y, GetSystemMetrics(SM_CYSCREEN));
+        input.mi.dwFlags = MOUSEEVENTF_ABSOLUTE | MOUSEEVENTF_MOVE | event;
+        inputs.push_back(input);
+    }
+    SendInput(static_cast<UINT>(inputs.size()), inputs.data(), sizeof(INPUT));
     std::this_thread::sleep_for(kMousePause);
 }
 
@@ -378,34 +387,20 @@ ScreenPicture captureSettled(HWND window) {
 }
 
 void clickAt(POINT point) {
-    moveMouse(point);
-    sendMouse(MOUSEEVENTF_LEFTDOWN);
-    sendMouse(MOUSEEVENTF_LEFTUP);
+    sendMouse(point, {MOUSEEVENTF_LEFTDOWN, MOUSEEVENTF_LEFTUP});
 }
 
 void rightClickAt(POINT point) {
-    moveMouse(point);
-    sendMouse(MOUSEEVENTF_RIGHTDOWN);
-    sendMouse(MOUSEEVENTF_RIGHTUP);
+    sendMouse(point, {MOUSEEVENTF_RIGHTDOWN, MOUSEEVENTF_RIGHTUP});
 }
 
 void doubleClickAt(POINT point) {
-    moveMouse(point);
-    // At once: with pauses between them the clicks could come too late to be one.
-    std::array<INPUT, 4> inputs{};
-    for (std::size_t i = 0; i < inputs.size(); ++i) {
-        inputs[i].type = INPUT_MOUSE;
-        inputs[i].mi.dwFlags = i % 2 == 0 ? MOUSEEVENTF_LEFTDOWN : MOUSEEVENTF_LEFTUP;
-    }
-    SendInput(static_cast<UINT>(inputs.size()), inputs.data(), sizeof(INPUT));
-    std::this_thread::sleep_for(kMousePause);
+    sendMouse(point, {MOUSEEVENTF_LEFTDOWN, MOUSEEVENTF_LEFTUP, MOUSEEVENTF_LEFTDOWN, MOUSEEVENTF_LEFTUP});
 }
 
 void dragFromTo(POINT from, POINT to) {
-    moveMouse(from);
-    sendMouse(MOUSEEVENTF_LEFTDOWN);
+    sendMouse(from, {MOUSEEVENTF_LEFTDOWN});
     // A movement must be seen before the one that goes all the way.
-    moveMouse({from.x + (to.x - from.x) / 2, from.y + (to.y - from.y) / 2});
-    moveMouse(to);
-    sendMouse(MOUSEEVENTF_LEFTUP);
+    sendMouse({from.x + (to.x - from.x) / 2, from.y + (to.y - from.y) / 2}, {0});
+    sendMouse(to, {MOUSEEVENTF_LEFTUP});
 }
