@@ -24,6 +24,7 @@ Installs the packages that are missing (Debian 12) and runs, one after the other
   host     what computes without Windows, built natively under AddressSanitizer and UndefinedBehaviorSanitizer
   xinput   no test program with Wine's own XInput, whose threads can keep it from ending
   wine     all tests, cross-built, under Wine with an X server of their own
+When a test is about to run out of time, out/timeouts/ gets a file that says what it hangs in.
 Each of the checks counts as one test. The exit code is 0 when everything passed, and tests ran in every part. A
 summary says how many seconds each part took.
 
@@ -34,6 +35,7 @@ summary says how many seconds each part took.
                      clang       the program compiled by a second compiler, clang, with nearly all of its warnings
                      shellcheck  all scripts
                      fuzz        each libFuzzer target for 20 seconds
+                     timeouts    what is kept of a test that hangs
                      package     the release files, as ./package.sh makes them
                      installer   the installer from end to end, in a Wine prefix of its own
                      signing     release files that are signed with a certificate made for it
@@ -57,6 +59,7 @@ slowChecks=(
     "clang|Compiling with clang|scripts/second_compiler.sh"
     "shellcheck|Checking the scripts|scripts/shellcheck.sh"
     "fuzz|Feeding the libFuzzer targets|scripts/fuzz.sh --seconds 20"
+    "timeouts|Looking at a test that hangs|scripts/check_timeouts.sh"
     "package|Making the release files|tests/package/release_files.sh"
     "installer|Installing, upgrading and uninstalling|tests/package/installer.sh"
     "signing|Signing the release files|tests/package/signing.sh"
@@ -167,7 +170,7 @@ runTests() {
     else
         set -- "$@" -LE single
     fi
-    (cd "$here" && ctest --preset "$preset" --output-junit "$results" "$@") || code=$?
+    (cd "$here" && scripts/watched_ctest.py "out/build/$preset" --preset "$preset" --output-junit "$results" "$@") || code=$?
     countTests "$results" "$whole" "$code"
 }
 
@@ -225,6 +228,7 @@ openWineSession() {
 }
 
 makeOutFolder
+rm -rf "$here/out/timeouts"
 trap endWineSession EXIT
 trap 'exit 130' INT TERM HUP
 beginPart packages "Looking for the packages"

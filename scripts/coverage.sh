@@ -62,7 +62,7 @@ runTests() {
     startWineSession "$build/tests/support/wine_session.exe"
     rm -rf "$counters"
     say "Running the tests"
-    KELVARO_COUNTERS="$counters" ctest --preset coverage -j"$((2 * $(nproc)))" -LE single "${filter[@]}" \
+    KELVARO_COUNTERS="$counters" scripts/watched_ctest.py "$build" --preset coverage -j"$((2 * $(nproc)))" -LE single "${filter[@]}" \
         >"$results/tests.log" 2>&1 || code=$?
     sed -n '/tests passed/,$p' "$results/tests.log"
     ((code == 0)) || say "Not all tests passed (out/coverage/report/tests.log); what they ran counts all the same"
