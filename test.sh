@@ -34,6 +34,7 @@ summary says how many seconds each part took.
                      analyzer    the compiler's own analyzer over the program
                      clang       the program compiled by a second compiler, clang, with nearly all of its warnings
                      shellcheck  all scripts
+                     workflows   what continuous integration would run
                      fuzz        each libFuzzer target for 20 seconds
                      timeouts    what is kept of a test that hangs
                      package     the release files, as ./package.sh makes them
@@ -58,6 +59,7 @@ slowChecks=(
     "analyzer|Running the compiler's analyzer|scripts/analyzer.sh"
     "clang|Compiling with clang|scripts/second_compiler.sh"
     "shellcheck|Checking the scripts|scripts/shellcheck.sh"
+    "workflows|Checking the workflows|scripts/check_workflows.py"
     "fuzz|Feeding the libFuzzer targets|scripts/fuzz.sh --seconds 20"
     "timeouts|Looking at a test that hangs|scripts/check_timeouts.sh"
     "package|Making the release files|tests/package/release_files.sh"
