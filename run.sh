@@ -31,7 +31,8 @@ Without a display (DISPLAY is not set), Kelvaro runs for some seconds and the LC
                  there are up, right, down, left, menu, ok, cancel
   --help         print this
 
-The Wine prefix is WINEPREFIX, or out/wineprefix when that is not set.
+The Wine prefix is WINEPREFIX, or out/wineprefix when that is not set. It must be an empty folder or a prefix that
+these scripts have made.
 TEXT
 }
 
@@ -133,7 +134,6 @@ hasWindowManager() {
 }
 
 prepareWine() {
-    setWineEnvironment
     if ! prefixIsCurrent; then
         say "Setting up the Wine prefix $WINEPREFIX"
         "$here/scripts/wine_prefix.sh"
@@ -143,7 +143,6 @@ prepareWine() {
     flock -n "$runLock" || fail "Kelvaro is running in $WINEPREFIX already"
     : >"$runLog"
     trap cleanUp EXIT
-    trap 'exit 130' INT TERM HUP
 }
 
 # Runs a Windows program. It does not get the lock, which Wine's server would keep beyond this script.
@@ -189,15 +188,30 @@ audioOfSimulation() {
     windowsPath "$standins/core_audio/core_audio_standin.dll"
 }
 
+# Says in the prefix which file installSimulation has put in the driver's place, by its sum.
+recordOfSimulation() {
+    printf '%s' "$WINEPREFIX/kelvaro-simulation.sum"
+}
+
+driverIsOurs() {
+    [[ -f "$(driverOfSimulation)" && "$(sha256sum <"$(driverOfSimulation)")" == "$(<"$(recordOfSimulation)")" ]]
+}
+
 # Puts the stand-ins of the vendor libraries where Kelvaro looks for them, and starts what moves their figures.
 installSimulation() {
-    local folder="$here/out/simulate" tenths
+    local folder="$here/out/simulate" driver tenths
+    driver="$(driverOfSimulation)"
+    [[ ! -e "$driver" && ! -L "$driver" ]] ||
+        fail "--simulate would replace $driver, which is not one that it has put there; move it away first"
     say "Setting up the simulated machine"
     mkdir -p "$folder"
     cp "$program" "$standins/core_temp/GetCoreTempInfo.dll" "$standins/xinput/XINPUT1_4.dll" "$folder/"
     program="$folder/Kelvaro.exe"
     export WINEDLLOVERRIDES="xinput1_4=n,b;$WINEDLLOVERRIDES"
-    cp "$standins/nvapi/nvapi64.dll" "$(driverOfSimulation)"
+    sha256sum <"$standins/nvapi/nvapi64.dll" >"$(recordOfSimulation)"
+    # Whole or not at all: a part of it would not have the sum.
+    cp "$standins/nvapi/nvapi64.dll" "$driver.new"
+    mv "$driver.new" "$driver"
     inWine regsvr32 /s "$(audioOfSimulation)" >>"$runLog" 2>&1 || fail "the simulated sound system cannot be registered"
     startInWine "$standins/simulator/simulator.exe"
     for ((tenths = 0; tenths < 300; ++tenths)); do
@@ -209,15 +223,18 @@ installSimulation() {
     fail "the simulated machine does not start (out/run.log)"
 }
 
-# Takes back what installSimulation did, also in a run that could not. The driver comes first and goes last, so
-# it tells whether there is anything to take back.
+# Takes back what installSimulation did, also in a run that could not. The record comes first and goes last, so
+# it tells whether there is anything to take back. A driver that somebody else has put there meanwhile stays.
 removeSimulation() {
-    if [[ ! -e "$(driverOfSimulation)" ]]; then
+    if [[ ! -e "$(recordOfSimulation)" ]]; then
         return
     fi
     inWine regsvr32 /u /s "$(audioOfSimulation)" >>"$runLog" 2>&1 || say "the simulated sound system stays registered"
     inWine "$standins/simulator/simulator.exe" --forget >>"$runLog" 2>&1 || say "the simulated mail stays"
-    rm -f "$(driverOfSimulation)"
+    if driverIsOurs; then
+        rm -f "$(driverOfSimulation)"
+    fi
+    rm -f "$(driverOfSimulation).new" "$(recordOfSimulation)"
 }
 
 startKelvaro() {
@@ -267,9 +284,11 @@ showWindow() {
     ((code == 0)) || fail "the virtual keyboard's window has failed (is there a display at DISPLAY=$DISPLAY?)"
 }
 
+trapSignals
 parseOptions "$@"
 makeOutFolder
 checkOptions
+setWineEnvironment
 ensurePackages "${KELVARO_RUN_PACKAGES[@]}"
 targets=(Kelvaro virtual_g19 virtual_g19_tool simulator)
 if ((desktop)); then

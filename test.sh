@@ -21,6 +21,7 @@ Usage: ./test.sh [--all] [--filter REGEX]
 Installs the packages that are missing (Debian 12) and runs, one after the other:
   format   clang-format over all sources
   layers   no include against the direction of the layers
+  scripts  what the scripts leave alone, and how they end
   host     what computes without Windows, built natively under AddressSanitizer and UndefinedBehaviorSanitizer
   xinput   no test program with Wine's own XInput, whose threads can keep it from ending
   wine     all tests, cross-built, under Wine with an X server of their own
@@ -35,6 +36,7 @@ summary says how many seconds each part took.
                      clang       the program compiled by a second compiler, clang, with nearly all of its warnings
                      shellcheck  all scripts
                      workflows   what continuous integration would run
+                     prefixes    what ./run.sh leaves alone in a Wine prefix
                      fuzz        each libFuzzer target for 20 seconds
                      timeouts    what is kept of a test that hangs
                      package     the release files, as ./package.sh makes them
@@ -47,7 +49,8 @@ summary says how many seconds each part took.
                    more)
   --help           print this
 
-The Wine prefix is WINEPREFIX, or out/wineprefix-test when that is not set: tests may run beside ./run.sh.
+The Wine prefix is WINEPREFIX, or out/wineprefix-test when that is not set: tests may run beside ./run.sh. It must be
+an empty folder or a prefix that these scripts have made.
 TEXT
 }
 
@@ -60,6 +63,7 @@ slowChecks=(
     "clang|Compiling with clang|scripts/second_compiler.sh"
     "shellcheck|Checking the scripts|scripts/shellcheck.sh"
     "workflows|Checking the workflows|scripts/check_workflows.py"
+    "prefixes|Running ./run.sh in a Wine prefix that others use|tests/scripts/scripts_test.sh --wine"
     "fuzz|Feeding the libFuzzer targets|scripts/fuzz.sh --seconds 20"
     "timeouts|Looking at a test that hangs|scripts/check_timeouts.sh"
     "package|Making the release files|tests/package/release_files.sh"
@@ -222,17 +226,17 @@ countWholePrograms() {
 }
 
 openWineSession() {
-    export WINEPREFIX="${WINEPREFIX:-$here/out/wineprefix-test}"
-    setWineEnvironment
     beginPart "wine prefix" "Wine prefix $WINEPREFIX"
     startWineSession "$here/out/build/release/tests/support/wine_session.exe"
     reportLine
 }
 
+trapSignals
 makeOutFolder
 rm -rf "$here/out/timeouts"
+export WINEPREFIX="${WINEPREFIX:-$here/out/wineprefix-test}"
+setWineEnvironment
 trap endWineSession EXIT
-trap 'exit 130' INT TERM HUP
 beginPart packages "Looking for the packages"
 packages=("${KELVARO_RUN_PACKAGES[@]}" "${KELVARO_TEST_PACKAGES[@]}")
 if ((all)); then
@@ -245,6 +249,7 @@ reportLine
 if [[ -z "$filter" ]]; then
     checkFormat
     checkByScript layers "Checking the direction of the includes" scripts/check_layers.sh
+    checkByScript scripts "Testing the scripts" tests/scripts/scripts_test.sh
 fi
 if buildPart host host; then
     runTests host host

@@ -58,7 +58,7 @@ convert=$(find_imagemagick) || fail "ImageMagick is missing: install the package
 icotool --version >/dev/null 2>&1 || fail "icotool is missing: install the package icoutils"
 
 work=$(mktemp -d)
-trap 'rm -rf "$work"' EXIT INT TERM
+trap 'rm -rf "$work"' EXIT
 mkdir -p "$output"
 
 # svg_to_png SVG PNG [PIXELS]: RGBA, square of PIXELS if given. Without metadata, which would hold the time.

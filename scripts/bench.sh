@@ -100,16 +100,16 @@ inWine() {
     "$here/scripts/wine.sh" "$here/out/build/release/tests/benchmark/$1" "${@:2}" 2>/dev/null | tr -d '\r'
 }
 
+trapSignals
 parseOptions "$@"
 makeOutFolder
-ensurePackages "${KELVARO_RUN_PACKAGES[@]}"
-buildPreset release Kelvaro page_benchmark sampling_benchmark program_benchmark
 export WINEPREFIX="${WINEPREFIX:-$here/out/wineprefix-bench}"
 setWineEnvironment
+ensurePackages "${KELVARO_RUN_PACKAGES[@]}"
+buildPreset release Kelvaro page_benchmark sampling_benchmark program_benchmark
 export WINEDLLOVERRIDES="xinput1_4=n,b;$WINEDLLOVERRIDES"
 prefixIsCurrent || "$here/scripts/wine_prefix.sh"
 trap cleanUp EXIT
-trap 'exit 130' INT TERM HUP
 startXvfb
 
 {

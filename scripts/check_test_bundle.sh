@@ -195,11 +195,11 @@ checkAll() {
     expectUntouched "all tests"
 }
 
+trapSignals
 unset KELVARO_ALL
 makeOutFolder
 ensurePackages "${KELVARO_RUN_PACKAGES[@]}" "${KELVARO_BUNDLE_PACKAGES[@]}"
 trap cleanUp EXIT
-trap 'exit 130' INT TERM HUP
 "$KELVARO_ROOT/scripts/test_bundle.sh"
 unpack
 openPrefix

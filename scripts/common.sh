@@ -15,6 +15,13 @@ fail() {
     exit 1
 }
 
+# Has the signals that end a script give the exit codes that they usually have; what the script set for EXIT runs first.
+trapSignals() {
+    trap 'exit 129' HUP
+    trap 'exit 130' INT
+    trap 'exit 143' TERM
+}
+
 # Makes out/, where everything goes that the scripts make. In a checkout of somebody else's it cannot be made or
 # written to, and that is known before the packages and the build cost minutes.
 makeOutFolder() {
@@ -70,11 +77,22 @@ setWineEnvironment() {
     esac
 }
 
-# Wine takes no prefix by a relative path, and none in a folder that belongs to somebody else.
+# Wine takes no prefix by a relative path, and none in a folder that belongs to another user. The scripts end programs
+# in the prefix and change its settings and folders, so it must be one that they have made.
 checkPrefixFolder() {
     [[ "$WINEPREFIX" == /* ]] || fail "WINEPREFIX must be a whole path, from / on, and not '$WINEPREFIX'"
     [[ -d "$WINEPREFIX" ]] || mkdir -p "$WINEPREFIX" 2>/dev/null || fail "the Wine prefix $WINEPREFIX cannot be made"
     [[ -O "$WINEPREFIX" && -w "$WINEPREFIX" ]] || fail "the Wine prefix $WINEPREFIX belongs to somebody else"
+    prefixIsOurs ||
+        fail "WINEPREFIX must be an empty folder, or a prefix that Kelvaro's scripts have made, which $WINEPREFIX is not"
+}
+
+# True when WINEPREFIX carries the stamp, of whatever version of the scripts, or may get it, since there is nothing in
+# it but perhaps the lock under which the stamp is written. The stamp is the first thing that a prefix gets.
+prefixIsOurs() {
+    local others
+    [[ ! -f "$WINEPREFIX/kelvaro-prefix.stamp" ]] || return 0
+    others="$(find "$WINEPREFIX/" -mindepth 1 -maxdepth 1 ! -name kelvaro-prefix.lock -print -quit)" && [[ -z "$others" ]]
 }
 
 # The text that a prepared prefix carries in its stamp file; it changes whenever the script that prepares

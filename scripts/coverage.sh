@@ -55,10 +55,7 @@ results="$KELVARO_ROOT/out/coverage/report"
 
 runTests() {
     local code=0
-    export WINEPREFIX="${WINEPREFIX:-$KELVARO_ROOT/out/wineprefix-test}"
-    setWineEnvironment
     trap endWineSession EXIT
-    trap 'exit 130' INT TERM HUP
     startWineSession "$build/tests/support/wine_session.exe"
     rm -rf "$counters"
     say "Running the tests"
@@ -103,6 +100,9 @@ writeReport() {
     "$KELVARO_ROOT/scripts/coverage_summary.py" "$results/counts.json" "$results/uncovered.txt"
 }
 
+trapSignals
+export WINEPREFIX="${WINEPREFIX:-$KELVARO_ROOT/out/wineprefix-test}"
+setWineEnvironment
 ensurePackages "${KELVARO_RUN_PACKAGES[@]}" "${KELVARO_TEST_PACKAGES[@]}" "${KELVARO_COVERAGE_PACKAGES[@]}"
 mkdir -p "$results"
 if ((!reportOnly)); then

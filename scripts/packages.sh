@@ -61,10 +61,11 @@ KELVARO_BUNDLE_PACKAGES=(
 # Prints those of the given packages that are not installed, on one line.
 missingPackages() {
     local installed package absent=()
-    # A package that dpkg has never heard of makes it fail; the others are listed all the same.
+    # A package that dpkg has never heard of makes it fail; the others are listed all the same. The first letter says
+    # what is wanted of a package (`h`: it is held), the second what it is.
     installed="$(dpkg-query -W -f='${Package} ${db:Status-Abbrev}\n' "$@" 2>/dev/null || true)"
     for package in "$@"; do
-        if ! grep -q "^$package ii" <<<"$installed"; then
+        if ! grep -q "^$package .i" <<<"$installed"; then
             absent+=("$package")
         fi
     done

@@ -65,19 +65,19 @@ cleanUp() {
     fi
 }
 
+trapSignals
 parseOptions "$@"
 ((passes >= 1000)) || fail "--passes takes at least 1000"
 makeOutFolder
-ensurePackages "${KELVARO_RUN_PACKAGES[@]}"
-buildPreset release soak_tests
 export WINEPREFIX="${WINEPREFIX:-$here/out/wineprefix-soak}"
 setWineEnvironment
+ensurePackages "${KELVARO_RUN_PACKAGES[@]}"
+buildPreset release soak_tests
 export WINEDLLOVERRIDES="xinput1_4=n,b;$WINEDLLOVERRIDES"
 prefixIsCurrent || "$here/scripts/wine_prefix.sh"
 # What a run that was killed has left would be in the way of one with the same process id.
 rm -rf "$WINEPREFIX"/drive_c/users/*/{Temp,AppData/Local/Temp}/[kK]elvaro*
 trap cleanUp EXIT
-trap 'exit 130' INT TERM HUP
 startXvfb
 
 # A copy runs, so that a build meanwhile does not disturb it. It lies in the build's folder, from which the test finds

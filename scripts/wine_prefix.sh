@@ -10,7 +10,8 @@ Usage: scripts/wine_prefix.sh [--force]
 
 Makes the Wine prefix in WINEPREFIX (default: out/wineprefix) and writes the settings that Kelvaro needs
 there. A prefix that is already up to date is left alone, which takes a few milliseconds; a change of this
-script, or --force, refreshes it. Refreshing ends the programs that run in the prefix.
+script, or --force, refreshes it. Refreshing ends the programs that run in the prefix. A folder that holds something
+else than a prefix made by this script is refused.
 TEXT
 }
 
@@ -51,10 +52,22 @@ separateUserFolders() {
     done < <(find "$WINEPREFIX/drive_c/users" -mindepth 2 -maxdepth 2 -type l -print0)
 }
 
+# Says in the stamp that the prefix is being made, before there is anything else in it. Wine cannot go on with one whose
+# making was interrupted, so that one is made anew: nobody has used it yet.
+beginPrefix() {
+    local stamp="$WINEPREFIX/kelvaro-prefix.stamp"
+    "$wineserver" -k 2>/dev/null || true
+    if [[ -f "$stamp" && "$(<"$stamp")" != unfinished ]]; then
+        printf 'being refreshed\n' >"$stamp"
+        return
+    fi
+    printf 'unfinished\n' >"$stamp"
+    rm -rf --one-file-system "$WINEPREFIX"/{dosdevices,drive_c,system.reg,user.reg,userdef.reg,.update-timestamp}
+}
+
 preparePrefix() {
     local settings="$WINEPREFIX/kelvaro-settings.reg"
-    mkdir -p "$(dirname "$WINEPREFIX")"
-    "$wineserver" -k 2>/dev/null || true
+    beginPrefix
     DISPLAY='' "${wineCommand[@]}" wineboot -i >/dev/null 2>&1 </dev/null || fail "Wine could not create the prefix $WINEPREFIX"
     writeSettings "$settings"
     DISPLAY='' "${wineCommand[@]}" regedit /S "Z:${settings//\//\\}" >/dev/null 2>&1 </dev/null ||
@@ -84,9 +97,9 @@ if ((!force)) && prefixIsCurrent; then
 fi
 
 # Two starts at once (a build that discovers tests, and a run) must not make the prefix twice.
-mkdir -p "$WINEPREFIX"
 exec 9>"$WINEPREFIX/kelvaro-prefix.lock"
 flock 9
+checkPrefixFolder
 if ((!force)) && prefixIsCurrent; then
     exit 0
 fi

@@ -63,6 +63,7 @@ plantedNames() {
     sed -n '/kNames = {/,/};/p' "$KELVARO_ROOT/tests/package/installer_test.cpp" | grep -o '"[a-z0-9]*"' | tr -d '"'
 }
 
+trapSignals
 makeOutFolder
 buildPreset release installer_tests
 readPrograms "$KELVARO_ROOT/out/build/release/programs.txt"
@@ -72,7 +73,6 @@ export WINEPREFIX="$KELVARO_ROOT/out/wineprefix-installer"
 setWineEnvironment
 makeStage
 trap cleanUp EXIT
-trap 'exit 130' INT TERM HUP
 makeSetups
 rm -rf "$WINEPREFIX"
 "$KELVARO_ROOT/scripts/wine_prefix.sh"

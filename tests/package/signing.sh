@@ -63,8 +63,8 @@ installQuietly() {
     "$KELVARO_ROOT/scripts/wine.sh" "$1" /S '/D=C:\signed' || fail "the signed installer does not install"
 }
 
+trapSignals
 trap cleanUp EXIT
-trap 'exit 130' INT TERM HUP
 makeCertificate signer
 makeCertificate stranger
 "$KELVARO_ROOT/package.sh" --output "$package" --sign-with "$folder/signer.p12" --password-file "$folder/signer.password" \
