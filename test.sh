@@ -231,6 +231,8 @@ openWineSession() {
     reportLine
 }
 
+# Every build of this run, those of the scripts that it starts included: a warning is an error.
+export KELVARO_WERROR=ON
 trapSignals
 makeOutFolder
 rm -rf "$here/out/timeouts"

@@ -8,7 +8,7 @@ target_compile_options(
         -Wall
         -Wextra
         -Wpedantic
-        -Werror
+        $<$<BOOL:${KELVARO_WERROR}>:-Werror>
         -Wshadow
         -Wconversion
         -Wsign-conversion

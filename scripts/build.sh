@@ -13,22 +13,42 @@ buildPreset() {
     if [[ -n "$*" ]]; then
         set -- --target "$@"
     fi
-    cmake --build "$folder" "$@" || fail "the build of preset $preset failed"
+    cmake --build "$folder" "$@" || explainBuildFailure "$preset" "$folder"
+}
+
+# ./run.sh and ./package.sh build in the folder of ./test.sh, which exports KELVARO_WERROR=ON. They leave the option as it
+# is there, since a change compiles everything again. After a failure it goes off, so that what a new compiler warns of
+# stops ./test.sh only.
+explainBuildFailure() {
+    local preset="$1" folder="$2"
+    if [[ "${KELVARO_WERROR:-}" == ON ]]; then
+        cmake -DKELVARO_WERROR=OFF "$folder" >/dev/null 2>&1 || true
+    elif warningsAreErrors "$folder"; then
+        fail "the build of preset $preset failed (cmake -DKELVARO_WERROR=OFF ${folder#"$PWD"/} lets warnings pass)"
+    fi
+    fail "the build of preset $preset failed"
+}
+
+warningsAreErrors() {
+    grep -qxF 'KELVARO_WERROR:BOOL=ON' "$1/CMakeCache.txt" 2>/dev/null
 }
 
 # Once configured, Ninja itself sees when a CMakeLists.txt has changed, but not when the presets have.
 configurePreset() {
-    local preset="$1" folder="$2" fresh=()
+    local preset="$1" folder="$2" options=()
+    if [[ "${KELVARO_WERROR:-}" == ON ]]; then
+        options=(-DKELVARO_WERROR=ON)
+    fi
     if [[ -f "$folder/build.ninja" && ! "$KELVARO_ROOT/CMakePresets.json" -nt "$folder/build.ninja" ]] &&
-        configuredHere "$folder"; then
+        configuredHere "$folder" && { ((${#options[@]} == 0)) || warningsAreErrors "$folder"; }; then
         return
     fi
     say "Configuring preset $preset"
     if [[ -f "$folder/CMakeCache.txt" ]] && ! configuredHere "$folder"; then
-        fresh=(--fresh)
+        options+=(--fresh)
     fi
     mkdir -p "$folder"
-    (cd "$KELVARO_ROOT" && cmake "${fresh[@]}" --preset "$preset" >"$folder/configure.log" 2>&1) || {
+    (cd "$KELVARO_ROOT" && cmake "${options[@]}" --preset "$preset" >"$folder/configure.log" 2>&1) || {
         cat "$folder/configure.log" >&2
         fail "preset $preset cannot be configured"
     }

@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
 # Tests the scripts themselves: tests/scripts/scripts_test.sh [--wine]
-# Without an option it takes some seconds and builds nothing. With --wine it makes a Wine prefix of its own instead, and
+# Without an option it takes some seconds. With --wine it makes a Wine prefix of its own instead, and
 # starts ./run.sh in it, which takes about half a minute.
 set -euo pipefail
 # shellcheck source=../../scripts/common.sh
@@ -66,7 +66,7 @@ expectRefusal() {
     ((code == 1)) || problem "$name ends with $code in $prefix"
     [[ "$(wc -l <"$work/errors")" == 1 && "$(<"$work/errors")" == *WINEPREFIX*"$prefix"* ]] ||
         problem "$name does not say why it refuses $prefix: $(head -3 "$work/errors")"
-    diff "$work/before" "$work/after" >"$work/difference" || problem "$name has changed $prefix: $(<"$work/difference")"
+    diff "$work/before" "$work/after" >"$work/difference" || problem "$name has changed $prefix: $(head -5 "$work/difference")"
     kill -0 "$serverPid" 2>/dev/null || problem "$name has ended a program in $prefix"
     [[ ! -e "$work/built" ]] || problem "$name builds before it refuses $prefix"
 }
@@ -233,6 +233,40 @@ checkSimulation() {
     cmp -s "$work/driver" "$driver" || problem "./run.sh has removed or changed a driver that has come later"
 }
 
+# builds [KELVARO_WERROR=ON]: a small program with the real options, through scripts/build.sh.
+builds() {
+    env "$@" bash -c 'source "$KELVARO_ROOT/scripts/common.sh" && source "$KELVARO_ROOT/scripts/build.sh" &&
+        KELVARO_ROOT="$1" && buildPreset small' builds "$work/small" >"$work/output" 2>&1
+}
+
+checkWarnings() {
+    local source="$work/small/small.cpp"
+    say "Warnings"
+    unset KELVARO_WERROR
+    mkdir -p "$work/small"
+    cat >"$work/small/CMakePresets.json" <<'JSON'
+{"version": 6, "configurePresets": [
+    {"name": "small", "generator": "Ninja", "binaryDir": "${sourceDir}/out/build/small"}]}
+JSON
+    {
+        printf 'cmake_minimum_required(VERSION 3.25)\nproject(small LANGUAGES CXX)\n'
+        grep '^option(KELVARO_WERROR ' "$KELVARO_ROOT/CMakeLists.txt"
+        printf 'include("%s")\n' "$KELVARO_ROOT/cmake/options.cmake"
+        printf 'add_executable(small small.cpp)\ntarget_link_libraries(small PRIVATE kelvaro_options)\n'
+    } >"$work/small/CMakeLists.txt"
+    printf 'int main() { int unused; }\n' >"$source"
+    builds || problem "a warning fails a user's build: $(tail -1 "$work/output")"
+    ! builds KELVARO_WERROR=ON || problem "what a user has built with a warning passes the tests' build"
+    builds || problem "a warning fails a user's build after it has failed the tests' build"
+    printf 'int main() {}\n' >"$source"
+    builds KELVARO_WERROR=ON || problem "a source without a warning fails: $(tail -1 "$work/output")"
+    builds || problem "a source without a warning fails after it has passed the tests' build"
+    grep -q 'no work to do' "$work/output" || problem "a user's build compiles again what the tests' build has compiled"
+    printf 'int main() { int unused; }\n' >"$source"
+    ! builds || problem "the tests' build does not keep warnings errors"
+    grep -q -e '-DKELVARO_WERROR=OFF' "$work/output" || problem "it does not say how warnings pass: $(tail -1 "$work/output")"
+}
+
 trapSignals
 trap cleanUp EXIT
 case "${1:-}" in
@@ -240,6 +274,7 @@ case "${1:-}" in
         checkForeignPrefixes
         checkAcceptedPrefixes
         checkPackages
+        checkWarnings
         checkSignals
         ;;
     --wine)
