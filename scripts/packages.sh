@@ -33,7 +33,7 @@ KELVARO_SIGN_PACKAGES=(
 # What the slow checks of ./test.sh --all need besides.
 KELVARO_CHECK_PACKAGES=(
     clang
-    libclang-rt-14-dev
+    libclang-rt-dev
     cppcheck
     shellcheck
 )

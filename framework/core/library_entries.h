@@ -5,12 +5,16 @@
 
 namespace Panelix {
 
+/// Where a table keeps a function.
+template <typename Table, typename Function>
+using FunctionSlot = Function* Table::*;
+
 /// One line of a library's list of entries: what the entry is looked up by, and the slot in `Table` that
 /// keeps it.
 template <typename Key, typename Table, typename Function>
 struct LibraryEntry {
     Key key;
-    Function* Table::*slot;
+    FunctionSlot<Table, Function> slot;
 };
 
 /// Looks every entry of the list up: `address(key)` returns its untyped address or null, and the slot gets

@@ -131,7 +131,8 @@ Printed runReport(const std::wstring& program, const std::wstring& arguments = {
 }
 
 /// The text with what is the machine's own replaced by stars: Windows' version, the amount of memory and of
-/// processors, the load, the clock, and the number in the name of the test's folder.
+/// processors, the load, the clock, the folder for temporary files, and the number in the name of the test's
+/// folder.
 std::string normalised(std::string text) {
     const std::pair<const char*, const char*> changes[] = {
         {"\r\n", "\n"},
@@ -139,6 +140,8 @@ std::string normalised(std::string text) {
         {"(\nWindows\n[^\n]*\n  Version +)[^\n]*", "$1*"},
         {"(\n  Physical memory +)\\d+ MiB, free \\d+ MiB", "$1*"},
         {"(\n  (CPU load|Memory) +)\\d+ % +\\d+ %", "$1*"},
+        // Wine 8 and Wine 10 have the folder for temporary files in different places.
+        {R"(%USERPROFILE%\\AppData\\Local\\Temp\\)", R"(%USERPROFILE%\Temp\)"},
         // Who runs tests in a folder of their own gives each one within the user's.
         {"(kelvaro-\\d+\\\\)?kelvaro-test-\\d+-\\d+", "kelvaro-test-*"},
         {"(\n  Version of the library +version )[0-9.]+", "$1*"},

@@ -234,6 +234,7 @@ checkSimulation() {
 }
 
 # builds [KELVARO_WERROR=ON]: a small program with the real options, through scripts/build.sh.
+# shellcheck disable=SC2016 # the inner shell expands it
 builds() {
     env "$@" bash -c 'source "$KELVARO_ROOT/scripts/common.sh" && source "$KELVARO_ROOT/scripts/build.sh" &&
         KELVARO_ROOT="$1" && buildPreset small' builds "$work/small" >"$work/output" 2>&1

@@ -35,10 +35,8 @@ constexpr ULONG kRecordBytes = 48;
 extern "C" {
 
 // Under the exports' names, but not as the functions of that name in this program.
-__declspec(dllexport) BOOL WINAPI
-    scriptedSystemTimes(FILETIME* idle, FILETIME* kernel, FILETIME* user) asm("GetSystemTimes");
-__declspec(dllexport) LONG NTAPI
-    scriptedQuery(ULONG infoClass, void* info, ULONG length, ULONG* returned) asm("NtQuerySystemInformation");
+__declspec(dllexport) BOOL WINAPI scriptedSystemTimes(FILETIME*, FILETIME*, FILETIME*) asm("GetSystemTimes");
+__declspec(dllexport) LONG NTAPI scriptedQuery(ULONG, void*, ULONG, ULONG*) asm("NtQuerySystemInformation");
 
 BOOL WINAPI scriptedSystemTimes(FILETIME* idle, FILETIME* kernel, FILETIME* user) {
     ++machine.systemTimesCalls;

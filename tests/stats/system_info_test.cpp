@@ -521,7 +521,7 @@ TEST_F(SystemInfoMachine, EndsTheNoticesBeforeTheGpuSource) {
     provideAll();
     Standins::VirtualAudio audio;
     audio.addUsualDevices();
-    { const SystemInfo info; }
+    SystemInfo{};
     std::vector<std::uint64_t> endsUs;
     for (const Standins::AudioCallEntry& call : audio.calls()) {
         if (call.call == Standins::AudioCall::UnregisterControlChangeNotify) {

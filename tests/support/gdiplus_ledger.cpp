@@ -21,6 +21,7 @@ struct Account {
     int taken = 0;
     int givenBack = 0;
 };
+using Side = int Account::*;
 
 std::map<std::string, Account> accounts;
 /// Failed calls by function; each watched function has its node from the start.
@@ -95,7 +96,7 @@ void noteTheEnd(ULONG_PTR token) {
 struct GdiplusLedger::Overrides {
     /// Counts the successful calls of a function, and the others.
     template <Name name, typename Function>
-    void count(const char* kind, int Account::*side, const char* module) {
+    void count(const char* kind, Side side, const char* module) {
         // A node of the map stays in place, and counting allocates nothing.
         watch<name, Function>(module, &(accounts[kind].*side));
     }

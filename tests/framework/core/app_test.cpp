@@ -653,7 +653,7 @@ TEST(App, WithoutComThereIsNoApplication) {
 TEST(App, ComThatRunsAlreadyIsNoError) {
     const RegistryOverride registry;
     ASSERT_TRUE(SUCCEEDED(CoInitialize(nullptr)));
-    { const ProbeApp app; }
+    ProbeApp{};
     CoUninitialize();
 }
 

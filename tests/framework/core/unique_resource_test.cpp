@@ -70,7 +70,7 @@ TEST_F(UniqueResource, PutClosesTheOldValueAndTakesTheNewOne) {
 
 TEST_F(UniqueResource, ClosingLeavesTheLastErrorAsItWas) {
     SetLastError(ERROR_ALREADY_EXISTS);
-    { const UniqueNumber number(8); }
+    UniqueNumber{8};
     EXPECT_EQ(closedValues, Closed{8});
     EXPECT_EQ(GetLastError(), DWORD{ERROR_ALREADY_EXISTS});
 }

@@ -193,7 +193,7 @@ TEST_F(AudioBinding, WithoutAGuidThereIsNoSampler) {
 // The endpoints are bound before the other sources are made.
 TEST_F(AudioBinding, ASamplerThatRunsOutOfMemoryWhileItIsMadeLeavesNothing) {
     addDevices();
-    { const SystemInfo warmUp; }
+    SystemInfo{};
     const std::ptrdiff_t blocks = heapBlocksInUse();
     int failures = 0;
     for (bool reached = true; reached;) {
