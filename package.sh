@@ -16,7 +16,8 @@ usage() {
 Usage: ./package.sh [--tests] [--output FOLDER] [--release-url URL]
                     [--sign-with CERTIFICATE [--password-file FILE] [--timestamp URL]]
 
-Installs the packages that are missing (Debian 12), builds the programs that are shipped, and puts into out/package/:
+Installs the packages that are missing (Debian 12 or 13), builds the programs that are shipped, and puts into
+out/package/:
 
   KelvaroSetup-VERSION-x64.exe  the installer
   Kelvaro-VERSION-x64.zip       the programs without installation

@@ -15,7 +15,7 @@ usage() {
     cat <<TEXT
 Usage: ./run.sh [--simulate] [--desktop] [--shot FILE] [--seconds N] [--press LIST]
 
-Installs the packages that are missing (Debian 12), builds out/release/Kelvaro.exe, and runs it under Wine on a
+Installs the packages that are missing (Debian 12 or 13), builds out/release/Kelvaro.exe, and runs it under Wine on a
 virtual G19 keyboard. Nothing is installed or built twice.
 
 With a display, a window shows the keyboard's LCD and its buttons: click them, or use the arrow keys, Enter (OK),

@@ -18,7 +18,7 @@ usage() {
 Usage: ./test.sh [--all] [--filter REGEX]
        ./test.sh --bench [--quick] [--minutes N]
 
-Installs the packages that are missing (Debian 12) and runs, one after the other:
+Installs the packages that are missing (Debian 12 or 13) and runs, one after the other:
   format   clang-format over all sources
   layers   no include against the direction of the layers
   scripts  what the scripts leave alone, and how they end

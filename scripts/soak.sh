@@ -15,8 +15,8 @@ usage() {
     cat <<TEXT
 Usage: scripts/soak.sh [--passes N] [--seed S]
 
-Installs the packages that are missing (Debian 12), builds the program with all stand-ins attached into a test, and
-lets it make N passes at full speed under Wine: time is virtual; figures, devices, notices, buttons, dialogs and
+Installs the packages that are missing (Debian 12 or 13), builds the program with all stand-ins attached into a test,
+and lets it make N passes at full speed under Wine: time is virtual; figures, devices, notices, buttons, dialogs and
 clocks change in random order. Then everything comes to rest, and the last frames must be those of a process that has
 seen nothing of it. A line now and then tells how far it is, and how much memory the process has for itself. The exit
 code is 0 when all went well. ./test.sh runs the same with fewer passes.

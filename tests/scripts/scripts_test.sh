@@ -233,6 +233,60 @@ checkSimulation() {
     cmp -s "$work/driver" "$driver" || problem "./run.sh has removed or changed a driver that has come later"
 }
 
+# expectDebianFails MESSAGE ARGUMENT...: scripts/debian.sh fails with this message.
+expectDebianFails() {
+    local message="$1"
+    shift
+    ! KELVARO_DEBIAN_ROOTS="$work/roots" PATH="$fakes:$PATH" "$KELVARO_ROOT/scripts/debian.sh" "$@" >"$work/output" 2>&1 ||
+        problem "debian.sh $* does not fail"
+    grep -q "$message" "$work/output" || problem "debian.sh $* does not say '$message': $(tail -1 "$work/output")"
+}
+
+# shellcheck disable=SC2016 # other shells expand it
+checkDebianRoots() {
+    local root="$work/roots/trixie"
+    say "Roots of other Debians"
+    expectDebianFails "there is no 'sid'" sid true
+    expectDebianFails 'a command are needed' 13
+    if (($(id -u) != 0)); then
+        expectDebianFails 'only root' 13 true
+        return
+    fi
+    makeFake debootstrap <<<'mkdir -p "$3" && touch "$3/begun" && echo "$2" >>"$3/../made" && exit 1'
+    mkdir -p "$root/etc"
+    expectDebianFails 'was not made by this script' --new 13 true
+    expectDebianFails 'was not made by this script' trixie true
+    [[ -d "$root/etc" && ! -e "$work/roots/made" ]] || problem "debian.sh has removed a root that it has not made"
+    rm -r "$root"
+    ln -s "$work/home" "$root"
+    printf 'finished\n' >"$work/roots/trixie.state"
+    expectDebianFails 'was not made by this script' --new 13 true
+    [[ -f "$work/home/.profile" && -L "$root" ]] || problem "debian.sh has removed what a link leads to"
+    rm "$root" "$work/roots/trixie.state"
+    # The fake leaves a root whose making was interrupted.
+    expectDebianFails 'debootstrap has failed' 13 true
+    touch "$root/left"
+    expectDebianFails 'debootstrap has failed' 13 true
+    [[ -e "$root/begun" && ! -e "$root/left" ]] || problem "debian.sh goes on with a root whose making was interrupted"
+    rm "$fakes/debootstrap"
+    if ! unshare --mount true 2>/dev/null; then
+        say "Nothing can be mounted here: that debian.sh removes nothing through a mount is not tested"
+        return
+    fi
+    makeFake debootstrap <<<'exit 1'
+    mkdir "$root/mounted"
+    printf 'finished\n' >"$work/roots/trixie.state"
+    if ! unshare --mount /bin/bash -c 'mount --bind "$1" "$2" && "${@:3}"' mounted "$work/home" "$root/mounted" \
+        env "KELVARO_DEBIAN_ROOTS=$work/roots" "PATH=$fakes:$PATH" "$KELVARO_ROOT/scripts/debian.sh" --new 13 true \
+        >"$work/output" 2>&1; then
+        grep -q 'something is mounted below' "$work/output" || problem "debian.sh says: $(tail -1 "$work/output")"
+    else
+        problem "debian.sh makes a root anew that something is mounted in"
+    fi
+    [[ -f "$work/home/.profile" ]] || problem "debian.sh has removed files through a mount"
+    rm "$fakes/debootstrap"
+}
+
 # builds [KELVARO_WERROR=ON]: a small program with the real options, through scripts/build.sh.
 # shellcheck disable=SC2016 # the inner shell expands it
 builds() {
@@ -276,6 +330,7 @@ case "${1:-}" in
         checkAcceptedPrefixes
         checkPackages
         checkWarnings
+        checkDebianRoots
         checkSignals
         ;;
     --wine)
