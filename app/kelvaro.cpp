@@ -4,7 +4,6 @@
 #include <utility>
 
 #include "app/about_text.h"
-#include "app/open_dialog.h"
 #include "app/resource_ids.h"
 #include "app/settings_dialog.h"
 #include "framework/core/command_codes.h"
@@ -46,10 +45,7 @@ void Kelvaro::HandleCommand(std::uint32_t command) {
     }
 }
 
-void Kelvaro::showAbout() const {
-    const std::wstring caption = L"About " + name();
-    if (bringDialogToFront(caption.c_str())) {
-        return;
-    }
-    MessageBoxW(window(), kAboutText, caption.c_str(), MB_ICONINFORMATION);
+void Kelvaro::showAbout() {
+    about_.show(
+        [this] { MessageBoxW(window(), kAboutText, (L"About " + name()).c_str(), MB_ICONINFORMATION); });
 }

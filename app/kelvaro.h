@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <memory>
 
+#include "app/open_dialog.h"
 #include "framework/core/app.h"
 #include "stats/system_info.h"
 
@@ -23,8 +24,9 @@ public:
     SystemInfo* sampler() const { return sampler_.get(); }
 
 private:
-    void showAbout() const;
+    void showAbout();
 
     /// Gone before the base ends the pages, which only borrow it.
     std::unique_ptr<SystemInfo> sampler_;
+    OpenDialog about_;
 };

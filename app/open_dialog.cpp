@@ -1,51 +1,75 @@
 #include "app/open_dialog.h"
 
-#include <windows.h>
+#include <utility>
 
-#include <array>
-#include <string_view>
+/// The dialog that is being opened. Windows shows a dialog only once its loop finds nothing to do: what waits
+/// in the queue, another request or the tray menu, would run before it can be seen. So it is shown as soon as
+/// it is complete, which a hook on the thread's messages tells: message boxes offer no other place.
+class OpenDialog::Opening {
+public:
+    explicit Opening(OpenDialog& dialog)
+        : dialog_(dialog),
+          outer_(std::exchange(current, this)),
+          hook_(SetWindowsHookExW(WH_CALLWNDPROCRET, afterMessage, nullptr, GetCurrentThreadId())) {
+        dialog_.opening_ = true;
+        dialog_.window_ = nullptr;
+    }
+    ~Opening() {
+        stopWaiting();
+        dialog_.opening_ = false;
+        dialog_.window_ = nullptr;
+    }
+    Opening(const Opening&) = delete;
+    Opening& operator=(const Opening&) = delete;
 
-namespace {
+private:
+    static LRESULT CALLBACK afterMessage(int code, WPARAM wParam, LPARAM lParam) noexcept {
+        const auto* const sent = reinterpret_cast<const CWPRETSTRUCT*>(lParam);
+        if (code == HC_ACTION && sent->message == WM_INITDIALOG && current != nullptr) {
+            current->found(sent->hwnd);
+        }
+        return CallNextHookEx(nullptr, code, wParam, lParam);
+    }
 
-/// Windows' own class of all dialogs, message boxes included.
-constexpr std::wstring_view kDialogClass = L"#32770";
+    void found(HWND window) noexcept {
+        stopWaiting();
+        dialog_.opening_ = false;
+        dialog_.window_ = window;
+        ShowWindow(window, SW_SHOWNORMAL);
+    }
 
-struct Search {
-    std::wstring_view caption;
-    HWND found;
+    void stopWaiting() noexcept {
+        if (!waits_) {
+            return;
+        }
+        waits_ = false;
+        current = outer_;
+        if (hook_ != nullptr) {
+            UnhookWindowsHookEx(hook_);
+        }
+    }
+
+    /// The innermost one that waits for its dialog.
+    static Opening* current;
+
+    OpenDialog& dialog_;
+    Opening* const outer_;
+    const HHOOK hook_;
+    bool waits_ = true;
 };
 
-bool matches(HWND window, std::wstring_view caption) {
-    // In nested message loops a dialog that was closed stays, hidden, until the inner one is closed as well.
-    if (IsWindowVisible(window) == FALSE) {
-        return false;
-    }
-    std::array<wchar_t, 64> text{};
-    GetClassNameW(window, text.data(), static_cast<int>(text.size()));
-    if (text.data() != kDialogClass) {
-        return false;
-    }
-    GetWindowTextW(window, text.data(), static_cast<int>(text.size()));
-    return text.data() == caption;
+OpenDialog::Opening* OpenDialog::Opening::current = nullptr;
+
+bool OpenDialog::isOpen() const {
+    // A dialog that has ended under the loop of another one stays, hidden, until that one has ended as well.
+    return opening_ || (window_ != nullptr && IsWindowVisible(window_) != FALSE);
 }
 
-BOOL CALLBACK look(HWND window, LPARAM parameter) noexcept {
-    auto* const search = reinterpret_cast<Search*>(parameter);
-    if (!matches(window, search->caption)) {
-        return TRUE;
+void OpenDialog::show(const std::function<void()>& open) {
+    if (!isOpen()) {
+        const Opening opening(*this);
+        open();
+    } else if (window_ != nullptr) {
+        SetForegroundWindow(window_);
     }
-    search->found = window;
-    return FALSE;
-}
-
-}  // namespace
-
-bool bringDialogToFront(const wchar_t* caption) {
-    Search search{caption, nullptr};
-    EnumThreadWindows(GetCurrentThreadId(), look, reinterpret_cast<LPARAM>(&search));
-    if (search.found == nullptr) {
-        return false;
-    }
-    SetForegroundWindow(search.found);
-    return true;
 }

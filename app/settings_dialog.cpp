@@ -122,8 +122,8 @@ INT_PTR CALLBACK dialogProcedure(HWND dialog, UINT message, WPARAM wParam, LPARA
 }  // namespace
 
 void showSettingsDialog(HINSTANCE instance) {
-    if (bringDialogToFront(L"" SETTINGS_CAPTION)) {
-        return;
-    }
-    DialogBoxParamW(instance, MAKEINTRESOURCEW(IDD_SETTINGS), nullptr, dialogProcedure, 0);
+    static OpenDialog settings;
+    settings.show([instance] {
+        DialogBoxParamW(instance, MAKEINTRESOURCEW(IDD_SETTINGS), nullptr, dialogProcedure, 0);
+    });
 }

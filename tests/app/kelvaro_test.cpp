@@ -6,10 +6,12 @@
 
 #include <cstdint>
 #include <functional>
+#include <new>
 #include <string>
 #include <thread>
 #include <vector>
 
+#include "app/open_dialog.h"
 #include "app/resource_ids.h"
 #include "framework/core/command_codes.h"
 #include "tests/support/desktop_driver.h"
@@ -74,6 +76,23 @@ protected:
     /// As the tray menu does.
     void ask(std::uint32_t command) { PostMessageW(kelvaro.window(), WM_COMMAND, command, 0); }
 
+    /// As a right click on the tray icon does.
+    void askForTrayMenu() { PostMessageW(kelvaro.window(), WM_APP, 1, WM_RBUTTONDOWN); }
+
+    /// Visible or not.
+    static std::vector<HWND> existing(const wchar_t* caption) {
+        std::vector<HWND> found;
+        for (HWND window = FindWindowExW(nullptr, nullptr, kDialogClass, caption); window != nullptr;
+             window = FindWindowExW(nullptr, window, kDialogClass, caption)) {
+            DWORD process = 0;
+            GetWindowThreadProcessId(window, &process);
+            if (process == GetCurrentProcessId()) {
+                found.push_back(window);
+            }
+        }
+        return found;
+    }
+
     static std::vector<HWND> open(const wchar_t* caption) {
         return visibleWindows(GetCurrentProcessId(), kDialogClass, caption);
     }
@@ -89,11 +108,7 @@ protected:
     }
 
     /// What was asked for has been opened when it returns, unless it never will be.
-    void settle() {
-        EXPECT_TRUE(waitUntilPostedIsHandled(kelvaro.window()));
-        // A dialog is shown when its queue is empty.
-        Sleep(50);
-    }
+    void settle() { EXPECT_TRUE(waitUntilPostedIsHandled(kelvaro.window())); }
 
     LcdRegistrationScope noLcd{L""};
     CleanProgramEntries entries;
@@ -146,6 +161,129 @@ TEST_F(KelvaroObject, HasOneAboutBoxAndOneSettingsDialogWhicheverIsAskedForInsid
             EXPECT_TRUE(::waitFor([] { return !open(kAbout).empty() && !open(kSettings).empty(); }));
             EXPECT_EQ(open(kAbout).size(), 1U);
             EXPECT_EQ(open(kSettings).size(), 1U);
+        });
+    }
+}
+
+struct Choice {
+    std::uint32_t command;
+    const wchar_t* caption;
+};
+
+constexpr Choice kBothChoices[] = {{Panelix::kCommandAbout, kAbout}, {Panelix::kCommandSettings, kSettings}};
+
+// The dialog's loop takes the second request out before it has nothing else to do.
+TEST_F(KelvaroObject, RequestsThatWaitInTheQueueWhileTheFirstIsOpenedOpenNoSecondOne) {
+    for (const Choice& choice : kBothChoices) {
+        ask(choice.command);
+        ask(choice.command);
+        commandWhile(choice.command, [&] {
+            const HWND window = waitFor(choice.caption);
+            ASSERT_NE(window, nullptr);
+            settle();
+            EXPECT_THAT(existing(choice.caption), ElementsAre(window));
+            close(window);
+        });
+        EXPECT_THAT(existing(choice.caption), IsEmpty());
+    }
+}
+
+TEST_F(KelvaroObject, BoxAndDialogAreVisibleWhileATrayMenuThatWasAskedForBeforeIsOpen) {
+    for (const Choice& choice : kBothChoices) {
+        askForTrayMenu();
+        commandWhile(choice.command, [&] {
+            ASSERT_TRUE(::waitFor([] { return openMenu(GetCurrentProcessId()) != nullptr; }));
+            EXPECT_EQ(open(choice.caption).size(), 1U);
+            EXPECT_TRUE(dismissMenu(kelvaro.window()));
+        });
+    }
+}
+
+TEST_F(KelvaroObject, ChoicesInTwoTrayMenusOpenOneDialog) {
+    for (const Choice& choice : kBothChoices) {
+        askForTrayMenu();
+        commandWhile(choice.command, [&] {
+            ASSERT_TRUE(::waitFor([] { return openMenu(GetCurrentProcessId()) != nullptr; }));
+            // Taken out by the menu's loop, in which a second dialog would open.
+            ask(choice.command);
+            settle();
+            EXPECT_EQ(existing(choice.caption).size(), 1U);
+            EXPECT_TRUE(chooseMenuItem(kelvaro.window(), choice.command == Panelix::kCommandAbout ? 1 : 2));
+            settle();
+            EXPECT_EQ(existing(choice.caption).size(), 1U);
+        });
+        EXPECT_THAT(existing(choice.caption), IsEmpty());
+    }
+}
+
+TEST_F(KelvaroObject, BoxAndDialogCanBeOpenedAgainHoweverTheyWereClosed) {
+    for (const Choice& choice : kBothChoices) {
+        for (const UINT message : {UINT{WM_CLOSE}, UINT{WM_COMMAND}, UINT{WM_SYSCOMMAND}}) {
+            commandWhile(choice.command, [&] {
+                const HWND window = waitFor(choice.caption);
+                ASSERT_NE(window, nullptr);
+                if (message == WM_COMMAND) {
+                    close(window);
+                } else {
+                    PostMessageW(window, message, message == WM_SYSCOMMAND ? SC_CLOSE : 0, 0);
+                }
+                EXPECT_TRUE(waitUntilGone(window));
+            });
+            EXPECT_THAT(existing(choice.caption), IsEmpty());
+        }
+    }
+}
+
+INT_PTR WINAPI refuseDialog(HINSTANCE, LPCWSTR, HWND, DLGPROC, LPARAM) {
+    return -1;
+}
+
+int WINAPI refuseBox(HWND, LPCWSTR, LPCWSTR, UINT) {
+    return 0;
+}
+
+TEST_F(KelvaroObject, BoxAndDialogThatCouldNotBeMadeCanBeAskedForAgain) {
+    {
+        const ImportOverride box("user32.dll", "MessageBoxW", refuseBox);
+        const ImportOverride dialog("user32.dll", "DialogBoxParamW", refuseDialog);
+        kelvaro.HandleCommand(Panelix::kCommandAbout);
+        kelvaro.HandleCommand(Panelix::kCommandSettings);
+    }
+    for (const Choice& choice : kBothChoices) {
+        commandWhile(choice.command, [&] { EXPECT_NE(waitFor(choice.caption), nullptr); });
+    }
+}
+
+TEST(OpenDialogRequest, ThatEndsByAnExceptionLeavesNothingOpen) {
+    OpenDialog dialog;
+    EXPECT_THROW(dialog.show([] { throw std::bad_alloc(); }), std::bad_alloc);
+    bool opened = false;
+    dialog.show([&opened] { opened = true; });
+    EXPECT_TRUE(opened);
+}
+
+TEST(OpenDialogRequest, DuringTheOpeningOpensNoSecondOne) {
+    OpenDialog dialog;
+    int opened = 0;
+    dialog.show([&] {
+        ++opened;
+        dialog.show([&opened] { ++opened; });
+    });
+    EXPECT_EQ(opened, 1);
+}
+
+TEST_F(KelvaroObject, BoxAndDialogEachOpenOnceWhenBothWaitInTheQueue) {
+    for (const std::size_t first : {std::size_t{0}, std::size_t{1}}) {
+        const Choice& outer = kBothChoices[first];
+        const Choice& inner = kBothChoices[1 - first];
+        ask(inner.command);
+        ask(outer.command);
+        ask(inner.command);
+        commandWhile(outer.command, [&] {
+            ASSERT_NE(waitFor(inner.caption), nullptr);
+            settle();
+            EXPECT_EQ(existing(outer.caption).size(), 1U);
+            EXPECT_EQ(existing(inner.caption).size(), 1U);
         });
     }
 }
