@@ -250,6 +250,35 @@ TEST_F(SettingsDialog, ItsFontIsMsShellDlgOfEightPoints) {
     });
 }
 
+// Handles are not given out again at once, so one that is of no object any more was given back.
+TEST_F(SettingsDialog, TakesItsFontAndItsWindowsAlongHoweverItIsClosed) {
+    const std::vector<std::function<void(HWND)>> endings = {
+        [](HWND dialog) { pressButton(dialog, IDC_CANCEL); },
+        [](HWND dialog) { pressButton(dialog, IDC_SAVE); },
+        [](HWND dialog) { PostMessageW(dialog, WM_CLOSE, 0, 0); },
+        [](HWND dialog) { PostMessageW(dialog, WM_SYSCOMMAND, SC_CLOSE, 0); },
+    };
+    for (std::size_t i = 0; i < endings.size(); ++i) {
+        HGDIOBJ font = nullptr;
+        std::vector<HWND> windows;
+        show([&](HWND dialog) {
+            font = reinterpret_cast<HGDIOBJ>(SendMessageW(dialog, WM_GETFONT, 0, 0));
+            EXPECT_EQ(GetObjectType(font), DWORD{OBJ_FONT});
+            windows.push_back(dialog);
+            for (const Control& control : controlsOf(dialog)) {
+                windows.push_back(control.window);
+            }
+            endings[i](dialog);
+            EXPECT_TRUE(waitUntilGone(dialog));
+        });
+        EXPECT_EQ(GetObjectType(font), 0U) << "the font of ending " << i;
+        EXPECT_EQ(windows.size(), kControls.size() + 1);
+        for (const HWND window : windows) {
+            EXPECT_EQ(IsWindow(window), FALSE) << "ending " << i;
+        }
+    }
+}
+
 TEST_F(SettingsDialog, ShowsTheSettingsOfTheEntry) {
     struct Case {
         const wchar_t* entry;
