@@ -11,7 +11,7 @@ namespace Standins {
 namespace {
 
 // "KNVA" and the version of the layout below: raise it with every change.
-constexpr std::uint64_t kIdentity = 0x4B4E'5641'0000'0003;
+constexpr std::uint64_t kIdentity = 0x4B4E'5641'0000'0004;
 
 // Anything but null, and different for each card and each enumeration after a change.
 constexpr std::int64_t kFirstHandle = 0x4E56'0000;
@@ -33,6 +33,9 @@ struct VirtualNvidia::Record {
     std::atomic<std::uint32_t> gpuCount;
     std::atomic<std::uint32_t> changes;
     std::atomic<std::uint32_t> enumeratedChanges;
+    std::atomic<std::uint32_t> changesBeforeThisLife;
+    std::atomic<std::uint32_t> driverLife;
+    std::atomic<std::int32_t> formerLifeStatus;
     std::atomic<std::uint32_t> writesBeforeItFails;
     std::array<GpuSlot, kMaxGpus> gpus;
     std::array<std::atomic<std::uint32_t>, kNvapiCallCount> missing;
@@ -63,6 +66,20 @@ void VirtualNvidia::invalidateHandles() noexcept {
     ++record().changes;
 }
 
+void VirtualNvidia::replaceDriver(std::int32_t status) noexcept {
+    record().formerLifeStatus = status;
+    record().changesBeforeThisLife = ++record().changes;
+    ++record().driverLife;
+}
+
+std::uint32_t VirtualNvidia::driverLife() const noexcept {
+    return record().driverLife;
+}
+
+std::int32_t VirtualNvidia::formerLifeStatus() const noexcept {
+    return record().formerLifeStatus;
+}
+
 void VirtualNvidia::enumerate() noexcept {
     record().enumeratedChanges = record().changes.load();
 }
@@ -77,7 +94,8 @@ std::optional<std::size_t> VirtualNvidia::gpuOf(std::int64_t handle) const noexc
 }
 
 bool VirtualNvidia::isStale(std::int64_t handle) const noexcept {
-    return handle >= kFirstHandle && handle < kFirstHandle + record().changes * kHandlesPerChange;
+    return handle >= kFirstHandle + record().changesBeforeThisLife * kHandlesPerChange &&
+           handle < kFirstHandle + record().changes * kHandlesPerChange;
 }
 
 void VirtualNvidia::setName(std::size_t gpu, std::string_view name) noexcept {

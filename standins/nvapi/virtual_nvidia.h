@@ -55,6 +55,11 @@ public:
     /// As after a change of the displays or cards: no handle of before is good any more, and the cards get
     /// others with the next enumeration.
     void invalidateHandles() noexcept;
+    /// As after an update of the driver, or after a wake that went wrong: every call of a program that has
+    /// called Initialize before returns `status`, until the program has called Unload as often as Initialize
+    /// and then Initialize again. The functions that it was given before go on so for ever, and the cards get
+    /// other handles; the former ones are no card's.
+    void replaceDriver(std::int32_t status) noexcept;
     /// At most kTextLength bytes; a name that takes all of them has no terminator.
     void setName(std::size_t gpu, std::string_view name) noexcept;
     void setFigures(std::size_t gpu, const NvidiaFigures& figures) noexcept;
@@ -83,6 +88,10 @@ public:
     bool isStale(std::int64_t handle) const noexcept;
     std::size_t gpuCount() const noexcept;
     NvidiaFigures figures(std::size_t gpu) const noexcept;
+    /// Grows whenever the driver is replaced.
+    std::uint32_t driverLife() const noexcept;
+    /// What functions of a former life return.
+    std::int32_t formerLifeStatus() const noexcept;
     /// Copies kTextLength bytes.
     void copyName(std::size_t gpu, char* name) const noexcept;
     void copyErrorText(char* text) const noexcept;
