@@ -5,6 +5,7 @@
 #include <iterator>
 #include <type_traits>
 
+#include "framework/core/awake_time.h"
 #include "stats/ansi_text.h"
 #include "stats/memory_percent.h"
 #include "stats/nvapi_status.h"
@@ -17,11 +18,21 @@ Nvapi::Status call(Nvapi::Status (*function)(Parameters...), std::type_identity_
     return function != nullptr ? function(arguments...) : Nvapi::kNoImplementation;
 }
 
+constexpr std::int64_t kFirstRestartPauseMs = 4'000;
+constexpr std::int64_t kLongestRestartPauseMs = 60'000;
+
+bool isOfLostDriver(Nvapi::Status status) {
+    return status == Nvapi::kApiNotInitialized || status == Nvapi::kDeviceNotFound ||
+           status == Nvapi::kInvalidHandle;
+}
+
 }  // namespace
+
+GpuNvidia::GpuNvidia() : restarts_(kFirstRestartPauseMs, kLongestRestartPauseMs) {}
 
 GpuNvidia::~GpuNvidia() {
     if (library_ != nullptr) {
-        call(library_->entries().Unload);
+        library_->unload();
     }
 }
 
@@ -29,8 +40,9 @@ bool GpuNvidia::initialise() {
     Nvapi::Status status = Nvapi::kOk;
     library_ = NvapiLibrary::start(status);
     statuses_.initialisation = status;
-    return check(status, L"Failed to initialize Nvidia API") &&
-           check(findFirstGpu(), L"Failed to get primary GPU");
+    usable_ = check(status, L"Failed to initialize Nvidia API") &&
+              check(findFirstGpu(), L"Failed to get primary GPU");
+    return usable_;
 }
 
 Nvapi::Status GpuNvidia::findFirstGpu() {
@@ -43,10 +55,19 @@ Nvapi::Status GpuNvidia::findFirstGpu() {
 }
 
 bool GpuNvidia::hasGpu() {
-    if (gpuHandle_ == nullptr && library_ != nullptr) {
-        findFirstGpu();
+    if (gpuHandle_ == nullptr && statuses_.initialisation == Nvapi::kOk) {
+        judge(findFirstGpu());
     }
     return gpuHandle_ != nullptr;
+}
+
+// A function that the driver does not have says nothing.
+void GpuNvidia::judge(Nvapi::Status status) {
+    if (isOfLostDriver(status)) {
+        lossSeen_ = true;
+    } else if (status != Nvapi::kNoImplementation) {
+        lifeSeen_ = true;
+    }
 }
 
 bool GpuNvidia::check(Nvapi::Status status, const wchar_t* context) {
@@ -72,15 +93,32 @@ Nvapi::Status GpuNvidia::askGpu(const Ask& ask) {
     if (gpuHandle_ == nullptr) {
         return Nvapi::kHandleInvalidated;
     }
-    const Nvapi::Status status = ask();
-    if (status != Nvapi::kHandleInvalidated) {
-        return status;
+    Nvapi::Status status = ask();
+    judge(status);
+    if (status == Nvapi::kHandleInvalidated && findFirstGpu() == Nvapi::kOk && gpuHandle_ != nullptr) {
+        status = ask();
     }
-    findFirstGpu();
-    return gpuHandle_ != nullptr ? ask() : status;
+    return status;
 }
 
 GpuStats GpuNvidia::sample() {
+    if (!usable_) {
+        return {};
+    }
+    GpuStats stats = readCard();
+    if (statuses_.initialisation == Nvapi::kOk && (lifeSeen_ || !lossSeen_)) {
+        restarts_.reset();
+    } else if (restarts_.takeTurn(Panelix::awakeMs())) {
+        gpuHandle_ = nullptr;
+        statuses_.initialisation = library_->restart();
+        stats = readCard();
+    }
+    return stats;
+}
+
+GpuStats GpuNvidia::readCard() {
+    lossSeen_ = false;
+    lifeSeen_ = false;
     GpuStats stats;
     if (hasGpu()) {
         readLoad(stats);

@@ -18,6 +18,9 @@ using Status = std::int32_t;
 inline constexpr Status kOk = 0;
 inline constexpr Status kLibraryNotFound = -2;
 inline constexpr Status kNoImplementation = -3;
+inline constexpr Status kApiNotInitialized = -4;
+inline constexpr Status kDeviceNotFound = -6;
+inline constexpr Status kInvalidHandle = -8;
 /// A change of the displays or cards has made the handle stale: all are to be enumerated anew.
 inline constexpr Status kHandleInvalidated = -10;
 

@@ -27,6 +27,7 @@ constexpr NamedStatus kNames[] = {
     {-104, L"NVAPI_NOT_SUPPORTED"},
     {-108, L"NVAPI_DEVICE_BUSY"},
     {-130, L"NVAPI_OUT_OF_MEMORY"},
+    {-220, L"NVAPI_GPU_NOT_POWERED"},
 };
 
 }  // namespace

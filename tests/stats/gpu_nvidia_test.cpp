@@ -4,6 +4,8 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <chrono>
+#include <memory>
 #include <optional>
 #include <string>
 #include <vector>
@@ -12,6 +14,7 @@
 #include "standins/vendor_libraries.h"
 #include "tests/stats/preloaded_library.h"
 #include "tests/support/standin_session.h"
+#include "tests/support/virtual_time.h"
 
 namespace {
 
@@ -191,7 +194,7 @@ TEST_F(GpuNvidiaDriver, StaleHandleIsNotUsedWhileTheEnumerationFails) {
         GpuNvidia gpu;
         ASSERT_TRUE(gpu.initialise());
         driver_.invalidateHandles();
-        driver_.setStatus(NvapiCall::EnumPhysicalGpus, -6);
+        driver_.setStatus(NvapiCall::EnumPhysicalGpus, -1);
         driver_.log().clear();
         EXPECT_FALSE(isAnyValid(gpu.sample()));
         EXPECT_EQ(callsAbout(std::nullopt), 1u) << "the one that is told";
@@ -351,6 +354,189 @@ TEST_F(GpuNvidiaDriver, SecondSourceStartsAfterTheFirstHasGone) {
     }
     EXPECT_EQ(driver_.callCount(NvapiCall::Initialize), 3u);
     EXPECT_EQ(driver_.callCount(NvapiCall::Unload), 3u);
+}
+
+constexpr NvapiCall kFigures[] = {NvapiCall::GpuGetDynamicPstatesInfoEx,
+                                  NvapiCall::GpuGetThermalSettings,
+                                  NvapiCall::GpuGetMemoryInfo,
+                                  NvapiCall::GpuGetAllClockFrequencies};
+
+/// A driver that is lost to the program while it runs. Readings are 300 ms apart, at virtual time.
+class GpuNvidiaLostDriver : public GpuNvidiaDriver {
+protected:
+    GpuNvidiaLostDriver() {
+        EXPECT_TRUE(gpu_->initialise());
+        expectCardsFigures(gpu_->sample());
+        driver_.log().clear();
+    }
+
+    GpuStats read() {
+        time_.pass(VirtualTime::Milliseconds(300));
+        return gpu_->sample();
+    }
+
+    std::uint64_t starts() { return driver_.callCount(NvapiCall::Initialize); }
+
+    void failEveryFigure(std::int32_t status) {
+        for (const NvapiCall call : kFigures) {
+            driver_.setStatus(call, status);
+        }
+    }
+
+    /// The times of Initialize, in milliseconds since the first reading of this call.
+    std::vector<std::int64_t> startsDuring(std::int64_t milliseconds) {
+        std::vector<std::int64_t> times;
+        for (std::int64_t passed = 0; passed < milliseconds; passed += 300) {
+            const std::uint64_t before = starts();
+            EXPECT_FALSE(isAnyValid(read()));
+            if (starts() != before) {
+                times.push_back(passed);
+            }
+        }
+        return times;
+    }
+
+    /// One Unload for each Initialize, the first of which was before the log was cleared.
+    void expectBalanced() {
+        gpu_.reset();
+        EXPECT_EQ(driver_.callCount(NvapiCall::Unload), starts() + 1);
+    }
+
+    VirtualTime time_;
+    std::unique_ptr<GpuNvidia> gpu_ = std::make_unique<GpuNvidia>();
+};
+
+/// With each status that a lost driver answers.
+class GpuNvidiaLostDriverStatuses : public GpuNvidiaLostDriver,
+                                    public testing::WithParamInterface<std::int32_t> {};
+INSTANTIATE_TEST_SUITE_P(, GpuNvidiaLostDriverStatuses, testing::Values(-4, -6, -8), [](const auto& test) {
+    return "Minus" + std::to_string(-test.param);
+});
+
+TEST_P(GpuNvidiaLostDriverStatuses, IsStartedAnewInTheSameReading) {
+    for (std::uint64_t update = 1; update <= 3; ++update) {
+        driver_.replaceDriver(GetParam());
+        driver_.setFigures(0, {31, 64, 8'388'608, 2'097'152, 1'800'000});
+        expectCardsFigures(read());
+        EXPECT_EQ(starts(), update);
+        EXPECT_EQ(driver_.callCount(NvapiCall::Unload), update);
+        // And no more is to be done.
+        driver_.setFigures(0, {50, 60, 1000, 500, 300'000});
+        for (int i = 0; i < 20; ++i) {
+            EXPECT_EQ(read().load, 50);
+        }
+        EXPECT_EQ(starts(), update);
+    }
+    expectBalanced();
+}
+
+TEST_P(GpuNvidiaLostDriverStatuses, IsNotStartedAnewWhileOneFigureIsRead) {
+    for (const NvapiCall good : kFigures) {
+        failEveryFigure(GetParam());
+        driver_.setStatus(good, 0);
+        for (int i = 0; i < 300; ++i) {
+            EXPECT_TRUE(isAnyValid(read()));
+        }
+        // Another failure is life too: a card that sleeps, a call that the card does not support.
+        for (const std::int32_t other : {-1, -104, -108, -220}) {
+            driver_.setStatus(good, other);
+            EXPECT_FALSE(isAnyValid(read()));
+            EXPECT_FALSE(isAnyValid(read()));
+        }
+    }
+    EXPECT_EQ(starts(), 0u);
+    EXPECT_EQ(driver_.callCount(NvapiCall::Unload), 0u);
+}
+
+TEST_P(GpuNvidiaLostDriverStatuses, IsTriedAgainAfterPausesThatDoubleUpToAMinute) {
+    driver_.replaceDriver(GetParam());
+    driver_.setStatus(NvapiCall::Initialize, GetParam());
+    // To the first reading after 4, 8, 16, 32, 60 and 60 seconds.
+    const std::vector<std::int64_t> expected{0, 4'200, 12'300, 28'500, 60'600, 120'600, 180'600};
+    EXPECT_EQ(startsDuring(200'000), expected);
+    // No function of the driver's is called that it was not asked for.
+    EXPECT_EQ(driver_.callCount(NvapiCall::EnumPhysicalGpus), 0u);
+    driver_.setStatus(NvapiCall::Initialize, 0);
+    int readings = 1;
+    while (!isAnyValid(read()) && readings < 1000) {
+        ++readings;
+    }
+    EXPECT_LE(readings, 200) << "a minute";
+    expectCardsFigures(read());
+    expectBalanced();
+}
+
+TEST_P(GpuNvidiaLostDriverStatuses, IsTriedAgainWhenOnlyTheListOfCardsFails) {
+    driver_.replaceDriver(GetParam());
+    driver_.setStatus(NvapiCall::EnumPhysicalGpus, GetParam());
+    const std::vector<std::int64_t> expected{0, 4'200, 12'300};
+    EXPECT_EQ(startsDuring(28'000), expected);
+    driver_.setStatus(NvapiCall::EnumPhysicalGpus, 0);
+    expectCardsFigures(read());
+    expectBalanced();
+}
+
+TEST_P(GpuNvidiaLostDriverStatuses, IsTriedAgainWhenTheFiguresGoOnFailingAfterwards) {
+    failEveryFigure(GetParam());
+    const std::vector<std::int64_t> expected{0, 4'200, 12'300};
+    EXPECT_EQ(startsDuring(28'000), expected);
+    expectBalanced();
+}
+
+TEST_F(GpuNvidiaLostDriver, ThatComesBackAndGoesEveryTimeIsNotStartedMoreThanOnceInFourSeconds) {
+    for (int reading = 0; reading < 200; ++reading) {
+        failEveryFigure(reading % 2 == 0 ? -4 : 0);
+        read();
+    }
+    // One minute.
+    EXPECT_GE(starts(), 10u);
+    EXPECT_LE(starts(), 15u);
+    expectBalanced();
+}
+
+TEST_F(GpuNvidiaLostDriver, SleepingCardIsNoLostDriver) {
+    failEveryFigure(-220);
+    EXPECT_EQ(startsDuring(120'000), std::vector<std::int64_t>{});
+    failEveryFigure(0);
+    expectCardsFigures(read());
+}
+
+TEST_F(GpuNvidiaLostDriver, FunctionThatTheDriverLacksSaysNothing) {
+    driver_.setMissing(NvapiCall::GpuGetMemoryInfo, true);
+    driver_.replaceDriver(-4);
+    expectCardsFiguresWithout(NvapiCall::GpuGetMemoryInfo, read());
+    driver_.replaceDriver(-6);
+    time_.pass(VirtualTime::Milliseconds(5'000));
+    expectCardsFiguresWithout(NvapiCall::GpuGetMemoryInfo, read());
+    EXPECT_EQ(starts(), 2u);
+    expectBalanced();
+}
+
+TEST_F(GpuNvidiaLostDriver, FunctionsOfTheNewDriverAreAskedForAnew) {
+    driver_.replaceDriver(-4);
+    driver_.setMissing(NvapiCall::GpuGetThermalSettings, true);
+    expectCardsFiguresWithout(NvapiCall::GpuGetThermalSettings, read());
+    EXPECT_EQ(driver_.callCount(NvapiCall::GpuGetThermalSettings), 1u) << "the old one's";
+}
+
+TEST_F(GpuNvidiaLostDriver, NewDriverWithoutInitializeIsNotUnloadedAndTriedAgain) {
+    driver_.replaceDriver(-4);
+    driver_.setMissing(NvapiCall::Initialize, true);
+    EXPECT_EQ(startsDuring(28'000), std::vector<std::int64_t>{});
+    EXPECT_EQ(driver_.callCount(NvapiCall::Unload), 1u);
+    driver_.setMissing(NvapiCall::Initialize, false);
+    time_.pass(VirtualTime::Milliseconds(60'000));
+    expectCardsFigures(read());
+    expectBalanced();
+}
+
+TEST_F(GpuNvidiaLostDriver, NightInStandbyIsNoPause) {
+    driver_.replaceDriver(-6);
+    driver_.setStatus(NvapiCall::Initialize, -6);
+    EXPECT_FALSE(isAnyValid(read()));
+    time_.standBy(std::chrono::hours(8));
+    EXPECT_FALSE(isAnyValid(read()));
+    EXPECT_EQ(starts(), 1u);
 }
 
 class GpuNvidiaFaults : public GpuNvidiaBase, public testing::TestWithParam<NamedCall> {

@@ -12,6 +12,7 @@ TEST(NvapiStatus, NamesAreTheEnumerators) {
     EXPECT_EQ(nvapiStatusName(-6), L"NVAPI_NVIDIA_DEVICE_NOT_FOUND");
     EXPECT_EQ(nvapiStatusName(-104), L"NVAPI_NOT_SUPPORTED");
     EXPECT_EQ(nvapiStatusName(-130), L"NVAPI_OUT_OF_MEMORY");
+    EXPECT_EQ(nvapiStatusName(-220), L"NVAPI_GPU_NOT_POWERED");
 }
 
 TEST(NvapiStatus, StatusWithoutNameShowsItsNumber) {
