@@ -171,7 +171,8 @@ class EndpointVolume final : public Object<IAudioEndpointVolume, AudioObject::En
 public:
     explicit EndpointVolume(std::uint32_t device) noexcept
         : device_(device),
-          life_(serverRecord().deviceLife(device)) {}
+          life_(serverRecord().deviceLife(device)),
+          volumeLife_(serverRecord().volumeLife()) {}
 
     HRESULT STDMETHODCALLTYPE
     RegisterControlChangeNotify(IAudioEndpointVolumeCallback* callback) noexcept override {
@@ -182,7 +183,7 @@ public:
             return E_POINTER;
         }
         try {
-            Notifier::instance().add({this, device_, life_, callback});
+            Notifier::instance().add({this, device_, life_, volumeLife_, callback});
             return S_OK;
         } catch (const std::exception&) {
             return E_OUTOFMEMORY;
@@ -301,6 +302,9 @@ private:
         if (scripted) {
             return scripted;
         }
+        if (serverRecord().volumeLife() != volumeLife_) {
+            return serverRecord().brokenVolumeResult();
+        }
         if (!serverRecord().isServiceRunning()) {
             return kServiceNotRunning;
         }
@@ -312,6 +316,7 @@ private:
 
     std::uint32_t device_;
     std::uint32_t life_;
+    std::uint32_t volumeLife_;
 };
 
 /// The service of which an object came. An object is useless without it, and with a later one.
@@ -450,7 +455,7 @@ public:
             for (std::uint32_t i = 0; i < serverRecord().deviceCount(); ++i) {
                 const DWORD state =
                     serverRecord().isPresent(i) ? DEVICE_STATE_ACTIVE : DEVICE_STATE_NOTPRESENT;
-                if (hasFlow(flow, serverRecord().device(i).flow) && (state & stateMask) != 0) {
+                if (!isLost() && hasFlow(flow, serverRecord().device(i).flow) && (state & stateMask) != 0) {
                     devices.push_back(i);
                 }
             }
@@ -477,7 +482,7 @@ public:
         }
         const auto index =
             serverRecord().defaultDevice(flow == eRender ? AudioFlow::Render : AudioFlow::Capture);
-        if (!index) {
+        if (!index || isLost()) {
             return kNotFound;
         }
         *out = new (std::nothrow) Device(*index);
@@ -501,10 +506,12 @@ private:
 
     std::optional<HRESULT> enter(const AudioCallEntry& call) const noexcept {
         const auto scripted = serverRecord().enter(call);
-        return !scripted && !service_.isUsable() ? std::optional(kServerUnavailable) : scripted;
+        return !scripted && !isLost() && !service_.isUsable() ? std::optional(kServerUnavailable) : scripted;
     }
+    bool isLost() const noexcept { return serverRecord().enumeratorLife() != life_; }
 
     OfService service_;
+    std::uint32_t life_ = serverRecord().enumeratorLife();
 };
 
 class PolicyConfig final : public Object<IPolicyConfig, AudioObject::PolicyConfig> {

@@ -81,7 +81,8 @@ void notify(IAudioEndpointVolumeCallback* callback, NoticeMemory& memory, const 
 }
 
 bool isAlive(const Notifier::Registration& registration) {
-    return serverRecord().deviceLife(registration.device) == registration.deviceLife;
+    return serverRecord().deviceLife(registration.device) == registration.deviceLife &&
+           serverRecord().volumeLife() == registration.volumeLife;
 }
 
 }  // namespace

@@ -27,6 +27,7 @@ public:
         const void* volume;
         std::uint32_t device;
         std::uint32_t deviceLife;
+        std::uint32_t volumeLife;
         IAudioEndpointVolumeCallback* callback;
     };
 

@@ -16,7 +16,7 @@ namespace Standins {
 namespace {
 
 // "KAUD" and the version of the layout below: raise it with every change.
-constexpr std::uint64_t kIdentity = 0x4B41'5544'0000'0005;
+constexpr std::uint64_t kIdentity = 0x4B41'5544'0000'0006;
 constexpr std::chrono::seconds kHandshakeLimit{10};
 
 using Text = SharedText<wchar_t, VirtualAudio::kTextLength - 1>;
@@ -114,6 +114,9 @@ struct VirtualAudio::Record {
     std::atomic<std::uint32_t> countAnswer;
     std::atomic<std::uint32_t> serviceStopped;
     std::atomic<std::uint32_t> serviceLife;
+    std::atomic<std::uint32_t> enumeratorLife;
+    std::atomic<std::uint32_t> volumeLife;
+    std::atomic<HRESULT> brokenVolumeResult;
     std::array<FailureSlot, kAudioCallCount> failures;
 
     CallLog log;
@@ -257,6 +260,27 @@ std::uint32_t VirtualAudio::deviceLife(std::uint32_t index) const noexcept {
 
 std::uint32_t VirtualAudio::serviceLife() const noexcept {
     return record().serviceLife.load();
+}
+
+void VirtualAudio::loseEnumerators() noexcept {
+    ++record().enumeratorLife;
+}
+
+void VirtualAudio::breakVolumes(HRESULT result) noexcept {
+    record().brokenVolumeResult = result;
+    ++record().volumeLife;
+}
+
+std::uint32_t VirtualAudio::enumeratorLife() const noexcept {
+    return record().enumeratorLife.load();
+}
+
+std::uint32_t VirtualAudio::volumeLife() const noexcept {
+    return record().volumeLife.load();
+}
+
+HRESULT VirtualAudio::brokenVolumeResult() const noexcept {
+    return record().brokenVolumeResult.load();
 }
 
 void VirtualAudio::storeLevels(std::uint32_t index, const AudioLevels& levels) noexcept {

@@ -176,6 +176,13 @@ public:
     void setServiceRunning(bool running) noexcept;
     bool isServiceRunning() const noexcept;
 
+    /// As after the end of the service or a change of the remote session: enumerators that exist find no
+    /// device any more, whatever there is, and say "not found" without a failure that would tell why.
+    void loseEnumerators() noexcept;
+    /// Endpoint volumes that exist return `result` from every call for ever, and their callbacks are not
+    /// notified any more; the devices and new volumes are good.
+    void breakVolumes(HRESULT result) noexcept;
+
     // Failures and notifications.
 
     void failCall(AudioCall call, const AudioFailure& failure) noexcept;
@@ -225,6 +232,10 @@ public:
     /// useless.
     std::uint32_t deviceLife(std::uint32_t index) const noexcept;
     std::uint32_t serviceLife() const noexcept;
+    /// Grow whenever enumerators are lost and volumes break.
+    std::uint32_t enumeratorLife() const noexcept;
+    std::uint32_t volumeLife() const noexcept;
+    HRESULT brokenVolumeResult() const noexcept;
     void recordDefaultId(const wchar_t* id) noexcept;
     void countObject(AudioObject kind, std::int32_t change) noexcept;
     void countReference(AudioObject kind, std::int32_t change) noexcept;
