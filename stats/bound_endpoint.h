@@ -31,19 +31,32 @@ public:
     /// Ends the notices and lets everything go. The snapshot stays as it is.
     void release() noexcept;
 
-    /// True when the volume says of itself that it will never work again: its device was taken away, also if
-    /// it has come back meanwhile, or the audio service has ended.
-    bool isGone() const noexcept;
+    /// Asks the volume for a sign of life. True when it is to be bound anew: it says that its device was
+    /// taken away, also if that has come back meanwhile, or that the audio service has ended; or it has
+    /// failed with whatever result the second time in a row.
+    bool isGone() noexcept;
+
+    /// To be called when the volume is not gone: makes up for what bind() and read() could not do. Until
+    /// Core Audio takes the callback, the levels are read each time.
+    void complete() noexcept;
 
     /// Null when there is none.
     IMMDevice* device() const noexcept { return device_.Get(); }
     IAudioEndpointVolume* volume() const noexcept { return volume_.Get(); }
 
 private:
+    void watch() noexcept;
+
     const AudioEndpoint endpoint_;
     Snapshot& snapshot_;
     const GUID ownContext_;
     Microsoft::WRL::ComPtr<IMMDevice> device_;
     Microsoft::WRL::ComPtr<IAudioEndpointVolume> volume_;
     Microsoft::WRL::ComPtr<AudioDeviceCallback> callback_;
+    /// Core Audio has taken the callback.
+    bool isWatched_ = false;
+    /// The last reading was complete, but for a second channel that the device need not have.
+    bool isRead_ = false;
+    /// Calls of isGone() in a row that got no answer.
+    int failedQuestions_ = 0;
 };

@@ -83,6 +83,8 @@ private:
     BoundEndpoint microphone_{AudioEndpoint::Microphone, *this, eventContext_};
     /// GetTickCount() when the default devices were asked for last; at the beginning, when they were bound.
     std::uint32_t lastDefaultQuestionMs_ = GetTickCount();
+    /// Questions in a row after which speaker or microphone had no device.
+    std::uint32_t questionsWithoutDevice_ = 0;
     std::unique_ptr<CpuLoadMeter> cpuMeter_;
     std::unique_ptr<GpuVendor> gpu_;
     /// Null: Core Temp's shared memory is read instead. Looked for once, at construction.

@@ -20,6 +20,8 @@ namespace {
 using Microsoft::WRL::ComPtr;
 
 constexpr std::uint32_t kQuestionPeriodMs = 1000;
+/// Questions with one enumerator while a flow has no device.
+constexpr std::uint32_t kQuestionsPerEnumerator = 10;
 /// Devices that are listed at most: the page shows fewer, and a count that cannot be would stop the program
 /// for minutes.
 constexpr int kMaxListedDevices = 1000;
@@ -76,6 +78,8 @@ bool follow(IMMDeviceEnumerator* enumerator, EDataFlow flow, BoundEndpoint& boun
     if (bound.isGone() || (current && isOutdated(bound, current->Get()))) {
         bound.bind(current.value_or(nullptr));
         bound.read();
+    } else {
+        bound.complete();
     }
     return current.has_value();
 }
@@ -118,7 +122,7 @@ void SystemInfo::releaseAudio() noexcept {
 }
 
 // An enumerator does not survive the end of the audio service, so one that fails is replaced for the next
-// time.
+// time. One that finds no device may be dead as well: what it answers then is documented nowhere.
 void SystemInfo::followDefaultDevices() noexcept {
     const std::uint32_t nowMs = GetTickCount();
     if (nowMs - lastDefaultQuestionMs_ < kQuestionPeriodMs) {
@@ -127,7 +131,10 @@ void SystemInfo::followDefaultDevices() noexcept {
     lastDefaultQuestionMs_ = nowMs;
     const bool speakerKnown = follow(deviceEnumerator_.Get(), eRender, speaker_);
     const bool microphoneKnown = follow(deviceEnumerator_.Get(), eCapture, microphone_);
-    if (speakerKnown && microphoneKnown) {
+    const bool allHaveDevices = speaker_.device() != nullptr && microphone_.device() != nullptr;
+    questionsWithoutDevice_ = allHaveDevices ? 0 : questionsWithoutDevice_ + 1;
+    const bool deviceMayBeOverlooked = questionsWithoutDevice_ % kQuestionsPerEnumerator == 1;
+    if (speakerKnown && microphoneKnown && !deviceMayBeOverlooked) {
         return;
     }
     ComPtr<IMMDeviceEnumerator> enumerator;

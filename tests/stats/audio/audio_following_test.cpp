@@ -342,12 +342,13 @@ TEST_P(AudioFollowingFailures, LeaveGoodDevicesBound) {
     // Rounded up; a new reading would say 59 and 39.
     notify(kSpeakers, {GUID{}, {{0.597F, 0.397F}, 0.597F, false}});
     for (int i = 0; i < 3; ++i) {
-        fail(1);
-        ask(*info);
-        fail(0);
-        ask(*info);
-        audio.clearFailures();
-        EXPECT_EQ(callsOfAsking(*info), kQuestions);
+        for (const std::uint32_t times : {1U, 0U}) {
+            fail(times);
+            ask(*info);
+            audio.clearFailures();
+            // A volume that fails in two questions in a row would be taken for dead.
+            EXPECT_EQ(callsOfAsking(*info), kQuestions);
+        }
     }
     EXPECT_EQ(audio.callCount(AudioCall::UnregisterControlChangeNotify), 0U);
     EXPECT_EQ(audio.callCount(AudioCall::Activate), 2U);
@@ -433,6 +434,236 @@ INSTANTIATE_TEST_SUITE_P(,
                              return test.param == AUDCLNT_E_DEVICE_INVALIDATED ? "DeviceInvalidated"
                                                                                : "ServiceNotRunning";
                          });
+
+/// What volumes answer whose device or service is gone, as far as it is not documented.
+class AudioFollowingDeadVolumes : public AudioFollowing, public testing::WithParamInterface<HRESULT> {};
+
+TEST_P(AudioFollowingDeadVolumes, AreBoundAnewAtTheSecondQuestion) {
+    addDevices();
+    auto info = std::make_unique<SystemInfo>();
+    for (int i = 0; i < 3; ++i) {
+        audio.breakVolumes(GetParam());
+        const std::uint64_t bound = audio.callCount(AudioCall::Activate);
+        // What nobody is told of.
+        audio.setLevels(kSpeakers, {{0.702F, 0.802F}, 0.802F, true});
+        ask(*info);
+        EXPECT_EQ(audio.callCount(AudioCall::Activate), bound);
+        EXPECT_EQ(AudioSnapshot::of(*info), kSpeakersSnapshot) << "what was known last";
+        ask(*info);
+        EXPECT_EQ(AudioSnapshot::of(*info), (AudioSnapshot{70, 80, 80, true, false}));
+        EXPECT_EQ(callsOfAsking(*info), kQuestions);
+        expectBound(*info, kSpeakers, kMicrophone);
+        audio.setLevels(kMicrophone, {{1.0F}, 1.0F, false});
+        audio.setLevels(kSpeakers, {{0.602F, 0.402F}, 0.602F, false});
+        ASSERT_TRUE(audio.settle());
+    }
+    EXPECT_EQ(audio.callbackEvents(CallbackEvent::Registered), 8U);
+    expectNothingLeft(info);
+    EXPECT_EQ(audio.callbackEvents(CallbackEvent::Abandoned), 0U);
+}
+
+TEST_P(AudioFollowingDeadVolumes, AreBoundAnewAtEverySecondQuestionWhileTheNewOnesFailToo) {
+    addDevices();
+    auto info = std::make_unique<SystemInfo>();
+    audio.failCall(AudioCall::GetMute, {.result = GetParam()});
+    for (int question = 1; question <= 8; ++question) {
+        ask(*info);
+        EXPECT_EQ(audio.callCount(AudioCall::Activate), 2U + 2U * static_cast<unsigned>(question / 2));
+    }
+    audio.clearFailures();
+    ask(*info);
+    expectBound(*info, kSpeakers, kMicrophone);
+    expectNothingLeft(info);
+}
+
+INSTANTIATE_TEST_SUITE_P(,
+                         AudioFollowingDeadVolumes,
+                         testing::Values(kServerUnavailable, E_HANDLE, E_FAIL),
+                         [](const auto& test) {
+                             return test.param == kServerUnavailable ? "ServerUnavailable"
+                                    : test.param == E_HANDLE         ? "Handle"
+                                                                     : "Fail";
+                         });
+
+TEST_F(AudioFollowing, TwoFailuresOfAVolumeWithAnAnswerBetweenThemDoNotCount) {
+    addDevices();
+    auto info = std::make_unique<SystemInfo>();
+    for (int i = 0; i < 5; ++i) {
+        audio.failCall(AudioCall::GetMute, {.times = 2});
+        ask(*info);
+        ask(*info);
+    }
+    EXPECT_EQ(audio.callCount(AudioCall::Activate), 2U);
+    expectNothingLeft(info);
+}
+
+TEST_F(AudioFollowing, ANewVolumeIsNotBlamedForTheFailuresOfTheFormerOne) {
+    addDevices();
+    auto info = std::make_unique<SystemInfo>();
+    audio.failCall(AudioCall::GetMute, {.times = 1});
+    ask(*info);
+    audio.setDefault(AudioFlow::Render, kMonitor);
+    audio.failCall(AudioCall::GetMute, {.result = AUDCLNT_E_DEVICE_INVALIDATED, .times = 1});
+    ask(*info);
+    const std::uint64_t bound = audio.callCount(AudioCall::Activate);
+    audio.failCall(AudioCall::GetMute, {.times = 1});
+    ask(*info);
+    EXPECT_EQ(audio.callCount(AudioCall::Activate), bound);
+    EXPECT_EQ(AudioSnapshot::of(*info), kMonitorSnapshot);
+    expectNothingLeft(info);
+}
+
+TEST_F(AudioFollowing, NoticesOfADeadVolumeAreNotTakenForThoseOfItsSuccessor) {
+    addDevices();
+    audio.setKeepsCallbacks(true);
+    SystemInfo info;
+    audio.breakVolumes(E_HANDLE);
+    ask(info);
+    ask(info);
+    notify(kSpeakers, {GUID{}, {{0.9F, 0.8F}, 0.9F, false}});
+    EXPECT_EQ(AudioSnapshot::of(info), (AudioSnapshot{90, 80, 90, false, false}));
+    EXPECT_EQ(audio.noticesDelivered(), 1U) << "to the successor's callback alone";
+}
+
+TEST_F(AudioFollowing, AnEnumeratorThatFindsNothingAnyMoreIsReplaced) {
+    addDevices();
+    auto info = std::make_unique<SystemInfo>();
+    for (int i = 0; i < 3; ++i) {
+        audio.loseEnumerators();
+        ask(*info);
+        EXPECT_EQ(AudioSnapshot::of(*info), kSilence);
+        ask(*info);
+        EXPECT_EQ(AudioSnapshot::of(*info), kSpeakersSnapshot);
+        EXPECT_EQ(callsOfAsking(*info), kQuestions);
+    }
+    EXPECT_EQ(audio.liveObjects(AudioObject::Enumerator), 1);
+    std::vector<AudioDeviceEntry> list;
+    std::uint32_t index = 99;
+    info->listDevices(list, index);
+    EXPECT_EQ(list.size(), 3U);
+    EXPECT_EQ(index, 0U);
+    expectBound(*info, kSpeakers, kMicrophone);
+    expectNothingLeft(info);
+}
+
+// As in a remote session that takes all devices away and leaves an enumerator behind that never finds one.
+TEST_F(AudioFollowing, AnEnumeratorIsReplacedAtEveryTenthQuestionWhileAFlowHasNoDevice) {
+    for (const AudioFlow flow : {AudioFlow::Render, AudioFlow::Capture}) {
+        if (audio.deviceCount() == 0) {
+            addDevices();
+        }
+        auto info = std::make_unique<SystemInfo>();
+        const auto usual = audio.defaultDevice(flow);
+        audio.setDefault(flow, std::nullopt);
+        ask(*info);
+        const std::uint64_t made = audio.callCount(AudioCall::CreateEnumerator);
+        for (int question = 1; question <= 35; ++question) {
+            ask(*info);
+            EXPECT_EQ(audio.callCount(AudioCall::CreateEnumerator),
+                      made + static_cast<unsigned>(question / 10))
+                << question;
+        }
+        audio.loseEnumerators();
+        audio.setDefault(flow, usual);
+        for (int question = 1; question <= 11; ++question) {
+            ask(*info);
+        }
+        EXPECT_EQ(AudioSnapshot::of(*info), kSpeakersSnapshot);
+        EXPECT_EQ(audio.liveObjects(AudioObject::Enumerator), 1);
+        // And no more are made.
+        const std::uint64_t enough = audio.callCount(AudioCall::CreateEnumerator);
+        for (int question = 1; question <= 25; ++question) {
+            ask(*info);
+        }
+        EXPECT_EQ(audio.callCount(AudioCall::CreateEnumerator), enough);
+        expectNothingLeft(info);
+    }
+}
+
+// The flow that has a device keeps it, with its notices.
+TEST_F(AudioFollowing, AMachineWithoutAMicrophoneKeepsItsSpeakerBound) {
+    addDevices();
+    audio.setDefault(AudioFlow::Capture, std::nullopt);
+    auto info = std::make_unique<SystemInfo>();
+    notify(kSpeakers, {GUID{}, {{0.597F, 0.397F}, 0.597F, false}});
+    for (int question = 0; question < 25; ++question) {
+        ask(*info);
+    }
+    EXPECT_EQ(audio.callCount(AudioCall::Activate), 1U);
+    EXPECT_EQ(AudioSnapshot::of(*info), kSpeakersSnapshot);
+    EXPECT_EQ(audio.liveObjects(AudioObject::Enumerator), 1);
+    expectNothingLeft(info);
+}
+
+TEST_F(AudioFollowing, ARegistrationThatFailedIsTriedAgainUntilItIsTaken) {
+    addDevices();
+    for (const std::uint32_t good : {0U, 1U}) {
+        audio.setLevels(kSpeakers, {{0.602F, 0.402F}, 0.602F, false});
+        audio.setLevels(kMicrophone, {{1.0F}, 1.0F, false});
+        audio.failCall(AudioCall::RegisterControlChangeNotify, {.skip = good, .times = 3});
+        auto info = std::make_unique<SystemInfo>();
+        // Of these changes nobody tells.
+        audio.setLevels(kSpeakers, {{0.302F, 0.202F}, 0.302F, true});
+        audio.setLevels(kMicrophone, {{1.0F}, 1.0F, true});
+        for (int question = 0; question < 3; ++question) {
+            ask(*info);
+        }
+        EXPECT_EQ(AudioSnapshot::of(*info), (AudioSnapshot{30, 20, 30, true, true}));
+        EXPECT_EQ(callsOfAsking(*info), kQuestions);
+        expectBound(*info, kSpeakers, kMicrophone);
+        EXPECT_EQ(audio.callCount(AudioCall::Activate), 2U * (good + 1));
+        expectNothingLeft(info);
+    }
+    EXPECT_EQ(audio.callbackEvents(CallbackEvent::Abandoned), 0U);
+    EXPECT_EQ(audio.callbackEvents(CallbackEvent::Registered), 4U);
+}
+
+TEST_F(AudioFollowing, ARegistrationThatFailsForEverLeavesTheVolumesReadOnceASecond) {
+    addDevices();
+    audio.failCall(AudioCall::RegisterControlChangeNotify, {});
+    auto info = std::make_unique<SystemInfo>();
+    for (int percent = 10; percent < 60; percent += 10) {
+        const float volume = static_cast<float>(percent) / 100.0F + 0.002F;
+        audio.setLevels(kSpeakers, {{volume, volume}, volume, false});
+        ask(*info);
+        EXPECT_EQ(AudioSnapshot::of(*info), (AudioSnapshot{percent, percent, percent, false, false}));
+    }
+    // A question without an answer is followed by no reading, which would say 0.
+    audio.failCall(AudioCall::GetMute, {.times = 2});
+    audio.failCall(AudioCall::GetMasterVolumeLevelScalar, {});
+    audio.failCall(AudioCall::GetChannelVolumeLevelScalar, {});
+    ask(*info);
+    EXPECT_EQ(AudioSnapshot::of(*info), (AudioSnapshot{50, 50, 50, false, false}));
+    expectNothingLeft(info);
+}
+
+TEST_F(AudioFollowing, AReadingThatFailedIsMadeUpForAtTheNextQuestion) {
+    addDevices();
+    for (const AudioCall call : {AudioCall::GetMute,
+                                 AudioCall::GetMasterVolumeLevelScalar,
+                                 AudioCall::GetChannelVolumeLevelScalar}) {
+        audio.setLevels(kHeadphones, {{0.252F, 0.352F}, 0.352F, true});
+        audio.setDefault(AudioFlow::Render, kHeadphones);
+        audio.failCall(call, {.times = 1});
+        auto info = std::make_unique<SystemInfo>();
+        EXPECT_NE(AudioSnapshot::of(*info), kHeadphonesSnapshot);
+        ask(*info);
+        EXPECT_EQ(AudioSnapshot::of(*info), kHeadphonesSnapshot);
+        const std::size_t before = audio.calls().size();
+        ask(*info);
+        EXPECT_EQ(audio.calls().size() - before, kQuestions.size());
+        expectNothingLeft(info);
+    }
+}
+
+TEST_F(AudioFollowing, ADeviceOfOneChannelIsReadOnce) {
+    addSpeaker(L"id-mono", {{0.502F}, 0.502F, false});
+    addMicrophone(L"id-microphone", false);
+    SystemInfo info;
+    ask(info);
+    EXPECT_EQ(callsOfAsking(info).size(), kQuestions.size());
+    EXPECT_EQ(AudioSnapshot::of(info), (AudioSnapshot{50, 0, 50, false, false}));
+}
 
 // As it can be with a device that has just been plugged in.
 TEST_F(AudioFollowing, AVolumeThatCouldNotBeHadIsTriedAgain) {
