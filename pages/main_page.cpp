@@ -39,9 +39,8 @@ void MainPage::Draw(Panelix::Canvas* canvas, const Panelix::LcdButtons& buttons)
     const bool screenshotWanted = !pictureMode_ && obeyMixerButtons(buttons);
     updateView();
     show();
-    if (screenshotWanted) {
-        // What is saved is the last frame composed: this drawing of the page is not on the canvas yet.
-        canvas->saveScreenshot();
+    // What is saved is the last frame composed: this drawing of the page is not on the canvas yet.
+    if (screenshotWanted && canvas->saveScreenshot()) {
         // The time of an error box must not count as the pass's own.
         app()->requestFullWait();
     }

@@ -67,8 +67,8 @@ public:
     LcdFrame toLcdFrame();
 
     /// Saves the surface as a BMP file in the user's Documents folder. Failures are reported in a modal box;
-    /// never throws.
-    void saveScreenshot() noexcept;
+    /// never throws. True when one was shown.
+    bool saveScreenshot() noexcept;
 
     /// Name and meaning of a GDI+ status, e.g. "Ok: Indicates that ...".
     static std::wstring statusText(int status);

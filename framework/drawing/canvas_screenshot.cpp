@@ -15,13 +15,13 @@ void showSaveError(Gdiplus::Status status) noexcept {
 
 }  // namespace
 
-void Canvas::saveScreenshot() noexcept {
+bool Canvas::saveScreenshot() noexcept {
     try {
         const std::wstring path = screenshotPath();
         if (path.empty()) {
             MessageBoxW(
                 nullptr, L"There was an error fetching your user documents folder!", L"Error!", MB_ICONHAND);
-            return;
+            return true;
         }
         ULONG compression = Gdiplus::EncoderValueCompressionRle;
         Gdiplus::EncoderParameters parameters{};
@@ -34,12 +34,14 @@ void Canvas::saveScreenshot() noexcept {
         CLSID encoder{};
         findEncoderClsid(L"image/bmp", &encoder);
         const Gdiplus::Status status = surface_.Save(path.c_str(), &encoder, &parameters);
-        if (status != Gdiplus::Ok) {
-            showSaveError(status);
+        if (status == Gdiplus::Ok) {
+            return false;
         }
+        showSaveError(status);
     } catch (const std::bad_alloc&) {
         showSaveError(Gdiplus::OutOfMemory);
     }
+    return true;
 }
 
 }  // namespace Panelix

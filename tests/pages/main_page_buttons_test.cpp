@@ -3,6 +3,7 @@
 #include <gmock/gmock.h>
 
 #include <algorithm>
+#include <chrono>
 #include <filesystem>
 #include <memory>
 #include <optional>
@@ -12,9 +13,11 @@
 #include "tests/pages/main_page_fixture.h"
 #include "tests/pages/slide_direction.h"
 #include "tests/support/documents_folder.h"
+#include "tests/support/import_override.h"
 #include "tests/support/message_box_watcher.h"
 #include "tests/support/only_wine.h"
 #include "tests/support/temporary_folder.h"
+#include "tests/support/virtual_time.h"
 
 namespace {
 
@@ -124,6 +127,39 @@ TEST_F(MainPageButtons, TheErrorBoxOfAScreenshotIsFollowedByAFullPeriodOfTheSlid
     const std::optional<Standins::G19Frame> frame = keyboard.frame(framesBefore + 1);
     ASSERT_TRUE(frame);
     EXPECT_GE(nextUpdateUs, frame->timeUs + kSlidePeriodUs - 1'000);
+}
+
+constexpr std::chrono::milliseconds kSavingTime(5);
+VirtualTime* timeOfSaving = nullptr;
+const ImportOverride* usualSaving = nullptr;
+
+Gdiplus::GpStatus WINAPI saveSlowly(Gdiplus::GpImage* image,
+                                    const WCHAR* path,
+                                    const CLSID* encoder,
+                                    const Gdiplus::EncoderParameters* parameters) {
+    timeOfSaving->pass(kSavingTime);
+    return usualSaving->original<decltype(saveSlowly)>()(image, path, encoder, parameters);
+}
+
+// The wait of a pass with a slow saving is that much shorter, so the next pass comes in its time.
+TEST_F(MainPageButtons, AScreenshotWithoutABoxIsPacedAsAnyPass) {
+    VirtualTime time;
+    timeOfSaving = &time;
+    const ImportOverride saving("gdiplus.dll", "GdipSaveImageToFile", saveSlowly);
+    usualSaving = &saving;
+    auto last = std::make_unique<ProbePage>("last", &app, &log);
+    int pass = 0;
+    last->onUpdate = [&pass](const LcdButtons&) { return ++pass < 5; };
+    app.AddPage(std::move(last), false);
+    // During a slide a period is longer than the saving.
+    app.SwitchPage(page, Panelix::TransitionKind::SlideFromLeft);
+    ASSERT_TRUE(keyboard.addScriptStep(0, 2));
+    ASSERT_TRUE(keyboard.addScriptStep(Panelix::LcdSdk::kButtonDown, 1));
+    app.Run();
+    EXPECT_EQ(documents.files().size(), 1U);
+    ASSERT_EQ(time.sleptMs.size(), 5U);
+    const double usual = time.sleptMs.front();
+    EXPECT_THAT(time.sleptMs, testing::UnorderedElementsAre(usual, usual, usual, usual, usual - 5.0));
 }
 
 TEST_F(MainPageButtons, OnePressSavesOnce) {
