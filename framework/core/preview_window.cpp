@@ -104,6 +104,8 @@ PreviewWindow::PreviewWindow(HINSTANCE instance, const std::wstring& title, LPCW
     if (window == nullptr) {
         throw SysException(L"Cannot create main window", kErrorTitle);
     }
+    // Windows keeps the shell's messages from a program that runs as administrator, unless it asks for them.
+    ChangeWindowMessageFilterEx(window, taskbarCreated_, MSGFLT_ALLOW, nullptr);
     DwmExtendFrameIntoClientArea(window, &kGlassMarginsPx);
     tryLaterUnless(trayIcon_.add(instance, icon, window, title));
 }

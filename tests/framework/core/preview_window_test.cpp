@@ -587,6 +587,17 @@ std::optional<std::wstring> creationError() {
     }
 }
 
+// Wine has no such filter; Windows keeps the message from a program that runs as administrator otherwise.
+TEST(PreviewWindowCreation, AllowsTheMessageOfAShellThatRunsWithFewerRights) {
+    const ImportRecorder<&ChangeWindowMessageFilterEx> filters("USER32.dll", "ChangeWindowMessageFilterEx");
+    const auto window = makeWindow();
+    EXPECT_THAT(filters.arguments<0>(), ElementsAre(window->handle()));
+    EXPECT_THAT(filters.arguments<1>(), ElementsAre(RegisterWindowMessageW(L"TaskbarCreated")));
+    EXPECT_THAT(filters.arguments<2>(), ElementsAre(DWORD{MSGFLT_ALLOW}));
+    DestroyWindow(window->handle());
+    pump();
+}
+
 TEST(PreviewWindowCreation, ThrowsWhenItsClassIsTaken) {
     WNDCLASSEXW taken{};
     taken.cbSize = sizeof(taken);
