@@ -1,6 +1,7 @@
 #include "framework/core/lcd_registration.h"
 
 #include <algorithm>
+#include <string>
 #include <string_view>
 
 #include "framework/core/lcd_sdk_abi.h"
@@ -11,7 +12,7 @@ namespace Panelix {
 namespace {
 
 bool isFullPath(std::wstring_view path) {
-    const bool onDrive = path.size() > 2 && path[1] == L':' && (path[2] == L'\\' || path[2] == L'/');
+    const bool onDrive = path.size() > 2 && path[1] == L':' && path[2] == L'\\';
     return onDrive || path.starts_with(L"\\\\");
 }
 
@@ -36,17 +37,20 @@ LSTATUS readLcdLibraryPath(LcdLibraryPath& path) {
 }
 
 HMODULE loadLcdModule(const wchar_t* path) {
-    const std::wstring_view text = path;
+    // With slashes Windows would not find what lies beside the library.
+    std::wstring text = path;
+    std::replace(text.begin(), text.end(), L'/', L'\\');
     if (isFullPath(text)) {
         return LoadLibraryExW(
-            path, nullptr, LOAD_LIBRARY_SEARCH_DLL_LOAD_DIR | LOAD_LIBRARY_SEARCH_DEFAULT_DIRS);
+            text.c_str(), nullptr, LOAD_LIBRARY_SEARCH_DLL_LOAD_DIR | LOAD_LIBRARY_SEARCH_DEFAULT_DIRS);
     }
     // A folder without a full path would count from the current directory or from the current drive.
-    if (text.find_first_of(L"\\/:") != std::wstring_view::npos) {
+    if (text.find_first_of(L"\\:") != std::wstring_view::npos) {
         SetLastError(ERROR_BAD_PATHNAME);
         return nullptr;
     }
-    return LoadLibraryExW(path, nullptr, LOAD_LIBRARY_SEARCH_APPLICATION_DIR | LOAD_LIBRARY_SEARCH_SYSTEM32);
+    return LoadLibraryExW(
+        text.c_str(), nullptr, LOAD_LIBRARY_SEARCH_APPLICATION_DIR | LOAD_LIBRARY_SEARCH_SYSTEM32);
 }
 
 }  // namespace Panelix

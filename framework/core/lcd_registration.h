@@ -17,9 +17,9 @@ using LcdLibraryPath = std::array<wchar_t, kLcdLibraryPathCapacity>;
 /// registry answered; ERROR_MORE_DATA for a path that does not fit, with its terminator, into `path`.
 LSTATUS readLcdLibraryPath(LcdLibraryPath& path);
 
-/// Loads the library at a path of the registration; null, with the reason as the thread's last error, when it
-/// does not load. Nothing is taken from the current directory or along PATH, where anybody may have put it:
-/// neither the library nor what it needs itself.
+/// Loads the library at a path of the registration, in which slashes count as backslashes; null, with the
+/// reason as the thread's last error, when it does not load. Nothing is taken from the current directory or
+/// along PATH, where anybody may have put it: neither the library nor what it needs itself.
 HMODULE loadLcdModule(const wchar_t* path);
 
 }  // namespace Panelix

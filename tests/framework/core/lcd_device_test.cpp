@@ -7,6 +7,7 @@
 #include <algorithm>
 #include <array>
 #include <cstdlib>
+#include <string>
 #include <vector>
 
 #include "framework/core/lcd_library.h"
@@ -370,6 +371,28 @@ TEST(LcdLibrary, ANameIsLookedForBesideTheProgramAndInTheSystemFolder) {
     EXPECT_THAT(loads.results(), ElementsAre(testing::NotNull())) << "the system folder has it";
     EXPECT_THAT(loads.arguments<2>(),
                 ElementsAre(DWORD{LOAD_LIBRARY_SEARCH_APPLICATION_DIR | LOAD_LIBRARY_SEARCH_SYSTEM32}));
+}
+
+std::vector<std::wstring> loadedPaths;
+
+HMODULE WINAPI noteLoad(LPCWSTR path, HANDLE, DWORD) {
+    loadedPaths.emplace_back(path);
+    return nullptr;
+}
+
+// Windows takes slashes in most places, but not where it looks for what lies beside a library.
+TEST(LcdLibrary, SlashesInItsPathBecomeBackslashes) {
+    const RegistryOverride registry;
+    const ImportOverride load("KERNEL32.dll", "LoadLibraryExW", noteLoad);
+    for (const wchar_t* path :
+         {L"C:/Program Files/there/lcd.dll", L"C:\\there/is\\lcd.dll", L"//server/share/lcd.dll"}) {
+        registerLcdLibrary(path);
+        EXPECT_FALSE(Panelix::LoadLcdLibrary(L"Kelvaro", LcdSdk::kTypeColor));
+    }
+    EXPECT_THAT(
+        loadedPaths,
+        ElementsAre(
+            L"C:\\Program Files\\there\\lcd.dll", L"C:\\there\\is\\lcd.dll", L"\\\\server\\share\\lcd.dll"));
 }
 
 TEST(LcdLibrary, WhatALibraryOfAFullPathNeedsMayLieBesideIt) {
