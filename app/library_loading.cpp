@@ -1,7 +1,8 @@
-#include "app/library_search.h"
+#include "app/library_loading.h"
 
 #include <windows.h>
 
-void searchLibrariesInSystemFolder() noexcept {
+void prepareLibraryLoading() noexcept {
     SetDefaultDllDirectories(LOAD_LIBRARY_SEARCH_SYSTEM32 | LOAD_LIBRARY_SEARCH_USER_DIRS);
+    SetErrorMode(GetErrorMode() | SEM_FAILCRITICALERRORS);
 }

@@ -5,7 +5,7 @@
 #include <memory>
 
 #include "app/kelvaro.h"
-#include "app/library_search.h"
+#include "app/library_loading.h"
 #include "app/run_reported.h"
 #include "app/start_delay.h"
 #include "framework/core/unique_resource.h"
@@ -32,7 +32,7 @@ int runApplication(HINSTANCE instance) {
 }  // namespace
 
 int startKelvaro(HINSTANCE instance) {
-    searchLibrariesInSystemFolder();
+    prepareLibraryLoading();
     const Panelix::UniqueHandle instanceMutex(CreateMutexW(nullptr, FALSE, kInstanceMutex));
     if (GetLastError() == ERROR_ALREADY_EXISTS) {
         MessageBoxW(nullptr, L"Kelvaro is already running!", L"Kelvaro Error", kErrorBoxStyle);

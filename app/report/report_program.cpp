@@ -8,7 +8,7 @@
 #include <span>
 #include <string>
 
-#include "app/library_search.h"
+#include "app/library_loading.h"
 #include "app/report/report.h"
 #include "app/report/system_facts.h"
 #include "app/report/text_output.h"
@@ -73,7 +73,7 @@ int run(const ReportOptions& options, const TextOutput& output) {
 }  // namespace
 
 int runReportProgram(int argumentCount, const wchar_t* const* arguments) {
-    searchLibrariesInSystemFolder();
+    prepareLibraryLoading();
     SetUnhandledExceptionFilter(endWithNote);
     const std::span<const wchar_t* const> all(arguments, static_cast<std::size_t>(argumentCount));
     const TextOutput output(STD_OUTPUT_HANDLE);

@@ -75,6 +75,14 @@ TEST(StartKelvaro, LooksForLibrariesInTheSystemFolderBeforeItDoesAnything) {
     EXPECT_THAT(searches, ElementsAre(0xC00U));
 }
 
+TEST(StartKelvaro, KeepsWindowsFromShowingABoxAboutADamagedLibrary) {
+    const ImportOverride line("kernel32.dll", "GetCommandLineW", giveCommandLine);
+    commandLine = L"Kelvaro.exe -delay soon";
+    SetErrorMode(SEM_NOOPENFILEERRORBOX);
+    EXPECT_THROW(startKelvaro(thisModule()), std::invalid_argument);
+    EXPECT_EQ(GetErrorMode(), UINT{SEM_FAILCRITICALERRORS | SEM_NOOPENFILEERRORBOX});
+}
+
 TEST(StartKelvaro, LeavesTheInstanceWithAnUnreadableDelay) {
     const ImportOverride line("kernel32.dll", "GetCommandLineW", giveCommandLine);
     commandLine = L"Kelvaro.exe -delay soon";
