@@ -52,6 +52,9 @@ static_assert(kSharedRecordBytes == 2686);
 /// The extended record (version 2) begins like the original and appends what this program does not need.
 inline constexpr wchar_t kExtendedMapping[] = L"CoreTempMappingObjectEx";
 inline constexpr wchar_t kOriginalMapping[] = L"CoreTempMappingObject";
+/// The same of a Core Temp that was started in session 0, by a service or a scheduled task.
+inline constexpr wchar_t kGlobalExtendedMapping[] = L"Global\\CoreTempMappingObjectEx";
+inline constexpr wchar_t kGlobalOriginalMapping[] = L"Global\\CoreTempMappingObject";
 
 inline constexpr wchar_t kLibraryFile[] = L"GetCoreTempInfo.dll";
 

@@ -8,8 +8,11 @@
 
 namespace {
 
-// The extended record begins with the original one.
-constexpr const wchar_t* kMappings[] = {CoreTemp::kExtendedMapping, CoreTemp::kOriginalMapping};
+// The extended record begins with the original one. What runs in the user's own session comes first.
+constexpr const wchar_t* kMappings[] = {CoreTemp::kExtendedMapping,
+                                        CoreTemp::kOriginalMapping,
+                                        CoreTemp::kGlobalExtendedMapping,
+                                        CoreTemp::kGlobalOriginalMapping};
 
 bool readMapping(const wchar_t* name, CoreTemp::SharedRecord& record) {
     const Panelix::UniqueHandle mapping(OpenFileMappingW(FILE_MAP_READ, FALSE, name));

@@ -12,7 +12,11 @@ namespace {
 
 // Names, sizes and offsets once more and not from the program's header, so that a wrong one shows.
 
-constexpr const wchar_t* nameOf(CoreTempMapping mapping) {
+constexpr const wchar_t* nameOf(CoreTempMapping mapping, CoreTempSession session) {
+    if (session == CoreTempSession::Zero) {
+        return mapping == CoreTempMapping::Extended ? L"Global\\CoreTempMappingObjectEx"
+                                                    : L"Global\\CoreTempMappingObject";
+    }
     return mapping == CoreTempMapping::Extended ? L"CoreTempMappingObjectEx" : L"CoreTempMappingObject";
 }
 
@@ -51,12 +55,12 @@ Panelix::UniqueFile openTemporaryFile() {
 
 }  // namespace
 
-PublishedCoreTemp::PublishedCoreTemp(CoreTempMapping mapping)
-    : PublishedCoreTemp(mapping, bytesOf(mapping)) {}
+PublishedCoreTemp::PublishedCoreTemp(CoreTempMapping mapping, CoreTempSession session)
+    : PublishedCoreTemp(mapping, bytesOf(mapping), session) {}
 
-PublishedCoreTemp::PublishedCoreTemp(CoreTempMapping mapping, std::uint32_t bytes)
+PublishedCoreTemp::PublishedCoreTemp(CoreTempMapping mapping, std::uint32_t bytes, CoreTempSession session)
     : file_(openTemporaryFile()),
-      section_(CreateFileMappingW(file_.get(), nullptr, PAGE_READWRITE, 0, bytes, nameOf(mapping))) {
+      section_(CreateFileMappingW(file_.get(), nullptr, PAGE_READWRITE, 0, bytes, nameOf(mapping, session))) {
     if (!file_ || !section_ || GetLastError() == ERROR_ALREADY_EXISTS) {
         throw std::runtime_error("Core Temp's shared memory cannot be made, or exists already");
     }

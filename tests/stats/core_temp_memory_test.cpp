@@ -19,6 +19,7 @@
 namespace {
 
 using Standins::CoreTempMapping;
+using Standins::CoreTempSession;
 using Standins::PublishedCoreTemp;
 
 constexpr const CoreTempLibrary* kNoLibrary = nullptr;
@@ -108,6 +109,26 @@ TEST_P(CoreTempMemory, TemperaturesAreBounded) {
         published.setFigures(figuresOf(c));
         EXPECT_EQ(readCoreTemp(kNoLibrary)->temperature, c.expected) << c.name;
     }
+}
+
+TEST_P(CoreTempMemory, IsFoundWhenCoreTempWasStartedInSessionZero) {
+    PublishedCoreTemp published(GetParam(), CoreTempSession::Zero);
+    published.setFigures(usualCoreTempFigures());
+    const std::optional<CoreTempReading> reading = readCoreTemp(kNoLibrary);
+    ASSERT_TRUE(reading.has_value());
+    EXPECT_EQ(reading->temperature, 61);
+}
+
+TEST(CoreTempMemories, ThoseOfTheUsersSessionComeBeforeThoseOfSessionZero) {
+    PublishedCoreTemp zeroOriginal(CoreTempMapping::Original, CoreTempSession::Zero);
+    zeroOriginal.setName("session 0, original");
+    EXPECT_EQ(readCoreTemp(kNoLibrary)->name, L"session 0, original");
+    PublishedCoreTemp zeroExtended(CoreTempMapping::Extended, CoreTempSession::Zero);
+    zeroExtended.setName("session 0, extended");
+    EXPECT_EQ(readCoreTemp(kNoLibrary)->name, L"session 0, extended");
+    PublishedCoreTemp original(CoreTempMapping::Original);
+    original.setName("original");
+    EXPECT_EQ(readCoreTemp(kNoLibrary)->name, L"original");
 }
 
 TEST(CoreTempMemories, ExtendedRecordComesFirst) {
