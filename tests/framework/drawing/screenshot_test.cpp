@@ -83,7 +83,7 @@ protected:
     /// One shot that fails, and a canvas that goes on.
     void expectOneErrorBox() {
         paintSomething();
-        canvas_.saveScreenshot();
+        EXPECT_TRUE(canvas_.saveScreenshot()) << "a box was shown";
         const std::vector<SeenMessageBox> boxes = watcher_.boxes();
         ASSERT_EQ(boxes.size(), 1U);
         EXPECT_EQ(boxes[0].caption, L"Error saving screenshot!");
@@ -132,7 +132,7 @@ TEST_F(Screenshot, FileInDocumentsHoldsTheComposedCanvas) {
     page_.fill(0xFFFFFFFF);
 
     const std::wstring before = screenshotTimeText();
-    canvas_.saveScreenshot();
+    EXPECT_FALSE(canvas_.saveScreenshot()) << "no box was shown";
     const std::wstring after = screenshotTimeText();
 
     const std::vector<std::wstring> files = folder_.files();
@@ -192,7 +192,7 @@ TEST_F(Screenshot, NameOfTheDocumentsFolderMayHaveAnyCharacter) {
 
 TEST_F(Screenshot, MissingDocumentsFolderIsReported) {
     setDocumentsFolder(L"Q:\\nowhere");
-    canvas_.saveScreenshot();
+    EXPECT_TRUE(canvas_.saveScreenshot()) << "a box was shown";
     const std::vector<SeenMessageBox> boxes = watcher_.boxes();
     ASSERT_EQ(boxes.size(), 1U);
     EXPECT_EQ(boxes[0].text, L"There was an error fetching your user documents folder!");
@@ -208,7 +208,7 @@ TEST_F(Screenshot, ReadOnlyFolderIsReportedAndTheCanvasStaysUsable) {
     setDocumentsFolder(L"Z:\\proc");
     paintPattern(page_);
     compose(page_);
-    canvas_.saveScreenshot();
+    EXPECT_TRUE(canvas_.saveScreenshot()) << "a box was shown";
     const std::vector<SeenMessageBox> boxes = watcher_.boxes();
     ASSERT_EQ(boxes.size(), 1U);
     EXPECT_EQ(boxes[0].caption, L"Error saving screenshot!");
@@ -218,7 +218,7 @@ TEST_F(Screenshot, ReadOnlyFolderIsReportedAndTheCanvasStaysUsable) {
 
     EXPECT_TRUE(samePicture(frameOf(canvas_), page_.picture()));
     setDocumentsFolder(folder_.path());
-    canvas_.saveScreenshot();
+    EXPECT_FALSE(canvas_.saveScreenshot()) << "no box was shown";
     EXPECT_EQ(folder_.files().size(), 1U);
     EXPECT_EQ(watcher_.boxes().size(), 1U);
 }
