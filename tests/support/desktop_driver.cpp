@@ -56,13 +56,15 @@ DWORD processOf(HWND window) {
     return process;
 }
 
-HWND focusOf(HWND window) {
+/// All zero when there is no such thread.
+GUITHREADINFO guiStateOf(DWORD thread) {
     GUITHREADINFO info{};
     info.cbSize = sizeof(info);
-    if (GetGUIThreadInfo(GetWindowThreadProcessId(window, nullptr), &info) == FALSE) {
-        return nullptr;
-    }
-    return info.hwndFocus;
+    return GetGUIThreadInfo(thread, &info) != FALSE ? info : GUITHREADINFO{};
+}
+
+HWND focusOf(HWND window) {
+    return guiStateOf(GetWindowThreadProcessId(window, nullptr)).hwndFocus;
 }
 
 bool isIcon(const Control& control) {
@@ -399,8 +401,10 @@ void doubleClickAt(POINT point) {
 }
 
 void dragFromTo(POINT from, POINT to) {
+    const DWORD thread = GetWindowThreadProcessId(WindowFromPoint(from), nullptr);
     sendMouse(from, {MOUSEEVENTF_LEFTDOWN});
-    // A movement must be seen before the one that goes all the way.
+    // The window follows the mouse only once its thread is in the loop that moves it.
+    waitFor([thread] { return (guiStateOf(thread).flags & GUI_INMOVESIZE) != 0; });
     sendMouse({from.x + (to.x - from.x) / 2, from.y + (to.y - from.y) / 2}, {0});
     sendMouse(to, {MOUSEEVENTF_LEFTUP});
 }
