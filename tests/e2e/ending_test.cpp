@@ -81,13 +81,13 @@ TEST_F(ProgramEnd, OnTheKeyboardComesWithinTwoSecondsOfTheLastFrame) {
     for (int i = 0; i < rounds(); ++i) {
         const std::uint64_t framesBefore = keyboard.frameCount();
         // Main page, audio device page, options page, its last line. Pages take presses while they slide in.
-        for (const int button : {Panelix::LcdSdk::kButtonMenu,
-                                 Panelix::LcdSdk::kButtonRight,
-                                 Panelix::LcdSdk::kButtonDown,
-                                 Panelix::LcdSdk::kButtonDown,
-                                 Panelix::LcdSdk::kButtonOk}) {
-            ASSERT_TRUE(keyboard.addScriptStep(0, 1));
-            ASSERT_TRUE(keyboard.addScriptStep(static_cast<std::uint32_t>(button), 1));
+        for (const int buttons : {Panelix::LcdSdk::kButtonMenu,
+                                  Panelix::LcdSdk::kButtonRight,
+                                  Panelix::LcdSdk::kButtonDown,
+                                  0,
+                                  Panelix::LcdSdk::kButtonDown,
+                                  Panelix::LcdSdk::kButtonOk}) {
+            ASSERT_TRUE(keyboard.addScriptStep(static_cast<std::uint32_t>(buttons), 1));
         }
         const auto begin = Clock::now();
         const ChildProcess program(machine.program());
