@@ -38,6 +38,8 @@ warnings=(
     # have none of the enumeration's values.
     -Wno-switch-enum
     -Wno-covered-switch-default
+    # From clang 18 on. A switch without `default` is over an enumeration, and -Wswitch names the values that it lacks.
+    -Wno-switch-default
     # From clang 16 on it wants a container in the place of every pointer and C array, and Windows takes neither.
     -Wno-unsafe-buffer-usage
     # MinGW marks functions so that its own headers define.
