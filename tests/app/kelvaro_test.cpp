@@ -16,6 +16,7 @@
 #include "framework/core/command_codes.h"
 #include "tests/support/desktop_driver.h"
 #include "tests/support/import_override.h"
+#include "tests/support/import_recorder.h"
 #include "tests/support/installation.h"
 #include "tests/support/lcd_registration.h"
 
@@ -251,6 +252,41 @@ TEST_F(KelvaroObject, BoxAndDialogThatCouldNotBeMadeCanBeAskedForAgain) {
     }
     for (const Choice& choice : kBothChoices) {
         commandWhile(choice.command, [&] { EXPECT_NE(waitFor(choice.caption), nullptr); });
+    }
+}
+
+TEST_F(KelvaroObject, BoxAndDialogEachTakeTheirHookAwayWhetherTheyWereMadeOrNot) {
+    const ImportRecorder<&SetWindowsHookExW> set("user32.dll", "SetWindowsHookExW");
+    const ImportRecorder<&UnhookWindowsHookEx> unset("user32.dll", "UnhookWindowsHookEx");
+    for (const Choice& choice : kBothChoices) {
+        commandWhile(choice.command, [&] {
+            const HWND window = waitFor(choice.caption);
+            ASSERT_NE(window, nullptr);
+            // No longer than until it is complete: a hook slows every message of the thread down.
+            EXPECT_EQ(unset.count(), set.count());
+        });
+    }
+    const ImportOverride box("user32.dll", "MessageBoxW", refuseBox);
+    const ImportOverride dialog("user32.dll", "DialogBoxParamW", refuseDialog);
+    kelvaro.HandleCommand(Panelix::kCommandAbout);
+    kelvaro.HandleCommand(Panelix::kCommandSettings);
+    EXPECT_EQ(set.count(), 4U);
+    EXPECT_EQ(unset.arguments(), set.results());
+}
+
+TEST_F(KelvaroObject, WithoutAHookThereIsStillOneOfEach) {
+    ImportRecorder<&SetWindowsHookExW> set("user32.dll", "SetWindowsHookExW");
+    for (const Choice& choice : kBothChoices) {
+        ask(choice.command);
+        ask(choice.command);
+        set.failWith(nullptr);
+        commandWhile(choice.command, [&] {
+            ASSERT_NE(waitFor(choice.caption), nullptr);
+            set.goThroughAgain();
+            settle();
+            EXPECT_EQ(existing(choice.caption).size(), 1U);
+        });
+        EXPECT_THAT(existing(choice.caption), IsEmpty());
     }
 }
 
