@@ -35,12 +35,12 @@ private:
 
 }  // namespace
 
-std::wstring friendlyName(IMMDevice& device) {
+std::wstring friendlyName(IMMDevice& device, std::size_t length) {
     Microsoft::WRL::ComPtr<IPropertyStore> store;
     device.OpenPropertyStore(STGM_READ, &store);
     PropertyValue name;
     if (store != nullptr) {
         store->GetValue(kFriendlyNameKey, name.put());
     }
-    return name.text(kMaxDeviceNameLength);
+    return name.text(length);
 }

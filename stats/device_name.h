@@ -11,5 +11,5 @@
 /// is given.
 inline constexpr std::size_t kMaxDeviceNameLength = 256;
 
-/// The name that people know an audio device by; empty when it does not tell.
-std::wstring friendlyName(IMMDevice& device);
+/// The name that people know an audio device by, at most `length` characters; empty when it does not tell.
+std::wstring friendlyName(IMMDevice& device, std::size_t length = kMaxDeviceNameLength);

@@ -2,10 +2,7 @@
 
 #include <windows.h>
 
-#include <shlobj.h>
-
 #include <algorithm>
-#include <array>
 #include <cstddef>
 #include <string_view>
 
@@ -14,10 +11,8 @@ namespace {
 constexpr std::wstring_view kProfile = L"%USERPROFILE%";
 constexpr std::wstring_view kUser = L"<user>";
 constexpr std::wstring_view kComputer = L"<computer>";
-/// Longest path that Windows has.
-constexpr DWORD kPathCapacity = 32'768;
 
-/// Folders among the users' that are nobody's.
+/// Folders among the profiles that belong to no person.
 constexpr std::wstring_view kNobodys[] = {L"public", L"default", L"all users", L"default user"};
 
 /// Names that say nothing about a person or a machine, between blanks. Hidden everywhere they would take the
@@ -50,8 +45,13 @@ std::wstring comparable(std::wstring_view text) {
     return form;
 }
 
+/// Thai and its neighbours, Chinese, Japanese and Korean put no blank between a name and the next word.
+bool isOfScriptWithoutBlanks(wchar_t character) {
+    return (character >= L'\x0E00' && character < L'\x0F00') || character >= L'\x2E80';
+}
+
 bool isPartOfWord(wchar_t character) {
-    return character == L'_' || IsCharAlphaNumericW(character) != FALSE;
+    return IsCharAlphaNumericW(character) != FALSE && !isOfScriptWithoutBlanks(character);
 }
 
 bool isSlash(wchar_t character) {
@@ -67,9 +67,13 @@ bool endsNameAt(std::wstring_view text, std::size_t position) {
     return position >= text.size() || endsName(text[position]) || text[position] == L'\'';
 }
 
-bool isWholeWord(std::wstring_view text, std::size_t begin, std::size_t length) {
-    const std::size_t end = begin + length;
-    return (begin == 0 || !isPartOfWord(text[begin - 1])) && (end >= text.size() || !isPartOfWord(text[end]));
+bool endsWord(std::wstring_view text, std::size_t end) {
+    return end >= text.size() || !isPartOfWord(text[end]);
+}
+
+/// Two slashes at the beginning or behind one of these begin a UNC path; elsewhere they are inside a path.
+bool mayStandBeforePath(wchar_t character) {
+    return std::wstring_view(L" \"'(<|;,=").find(character) != std::wstring_view::npos;
 }
 
 /// Replaces every place of `what` that `isMeant(text, position)` takes.
@@ -99,135 +103,103 @@ void hideProfile(std::wstring& text, std::wstring_view folder) {
     });
 }
 
-/// Names of the folders right below `folder`, but for those that are nobody's.
-void hideOtherProfiles(std::wstring& text, std::wstring_view folder) {
-    const std::wstring sought = comparable(folder) + L'\\';
+/// Where a name in a path ends that begins at `begin`.
+std::size_t endOfName(std::wstring_view text, std::size_t begin) {
+    // A question mark is what the ANSI code page makes of a letter that it lacks.
+    while (begin < text.size() && (!endsName(text[begin]) || text[begin] == L'?')) {
+        ++begin;
+    }
+    return begin;
+}
+
+/// Names of the folders right below those of the name `folder`, on every drive, but for those that belong to
+/// no person.
+void hideProfilesBelow(std::wstring& text, std::wstring_view folder) {
+    const std::wstring sought = L'\\' + comparable(folder) + L'\\';
     std::size_t position = 0;
     while ((position = comparable(text).find(sought, position)) != std::wstring::npos) {
-        position += sought.size();
-        const auto begin = text.begin() + static_cast<std::ptrdiff_t>(position);
-        // A question mark is what the ANSI code page makes of a letter that it lacks.
-        const auto end = std::find_if(
-            begin, text.end(), [](wchar_t character) { return endsName(character) && character != L'?'; });
-        const std::wstring name = comparable(std::wstring(begin, end));
+        // The last slash may begin the next place.
+        position += sought.size() - 1;
+        std::size_t begin = position;
+        while (begin < text.size() && isSlash(text[begin])) {
+            ++begin;
+        }
+        const std::size_t end = endOfName(text, begin);
+        const std::wstring name = comparable(std::wstring_view(text).substr(begin, end - begin));
         if (!name.empty() &&
             std::find(std::begin(kNobodys), std::end(kNobodys), name) == std::end(kNobodys)) {
-            text.replace(begin, end, kUser);
+            text.replace(begin, end - begin, kUser);
         }
     }
 }
 
-/// Whether a name is a common one, a number, or a single letter of ASCII, such as that of a drive.
+/// The servers' names in paths such as "\\server\share" and "\\?\UNC\server\share".
+void hideServers(std::wstring& text) {
+    constexpr std::wstring_view kLongForm = L"?\\unc\\";
+    for (std::size_t position = 0; position + 2 < text.size(); ++position) {
+        if (!isSlash(text[position]) || !isSlash(text[position + 1]) ||
+            (position > 0 && !mayStandBeforePath(text[position - 1]))) {
+            continue;
+        }
+        std::size_t begin = position + 2;
+        if (comparable(text.substr(begin, kLongForm.size())) == kLongForm) {
+            begin += kLongForm.size();
+        }
+        const std::size_t end = endOfName(text, begin);
+        const std::wstring_view name = std::wstring_view(text).substr(begin, end - begin);
+        // Those of Windows' own paths, "\\?\C:\file" and "\\.\device".
+        if (!name.empty() && name != L"?" && name != L".") {
+            text.replace(begin, end - begin, kComputer);
+        }
+    }
+}
+
+/// Whether a name is a common one, a number, or a single letter of ASCII, such as that of a drive. Question
+/// marks alone are what the ANSI code page makes of a name of another script.
 bool saysNothing(std::wstring_view name) {
-    const auto isDigit = [](wchar_t character) { return character >= L'0' && character <= L'9'; };
-    return (name.size() == 1 && name.front() < L'\x80') || std::all_of(name.begin(), name.end(), isDigit) ||
+    const auto isNoLetter = [](wchar_t character) {
+        return (character >= L'0' && character <= L'9') || character == L'?';
+    };
+    return (name.size() == 1 && name.front() < L'\x80') ||
+           std::all_of(name.begin(), name.end(), isNoLetter) ||
            kCommonNames.find(L' ' + comparable(name) + L' ') != std::wstring_view::npos;
 }
 
 void hideWord(std::wstring& text, std::wstring_view word, std::wstring_view replacement) {
     // What was put there by this is common as well, and not replaced again.
-    if (!saysNothing(word)) {
-        replaceAll(text, word, replacement, [&](std::wstring_view whole, std::size_t position) {
-            return isWholeWord(whole, position, word.size());
-        });
-    }
-}
-
-void add(std::vector<std::wstring>& list, std::wstring_view text) {
-    while (!text.empty() && isSlash(text.back())) {
-        text.remove_suffix(1);
-    }
-    // The root of a drive is nobody's profile, and hides nothing.
-    if (text.size() > 2 && std::find(list.begin(), list.end(), text) == list.end()) {
-        list.emplace_back(text);
-    }
-}
-
-void addName(std::vector<std::wstring>& list, std::wstring_view name) {
-    if (!name.empty() && std::find(list.begin(), list.end(), name) == list.end()) {
-        list.emplace_back(name);
-    }
-}
-
-/// The path in another form; empty when Windows has none.
-template <typename Convert>
-std::wstring converted(const std::wstring& path, Convert* convert) {
-    std::wstring result(kPathCapacity, L'\0');
-    result.resize(std::min(convert(path.c_str(), result.data(), kPathCapacity), kPathCapacity));
-    return result;
-}
-
-std::wstring environmentText(const wchar_t* name) {
-    std::wstring text(kPathCapacity, L'\0');
-    const DWORD length = GetEnvironmentVariableW(name, text.data(), kPathCapacity);
-    text.resize(length < kPathCapacity ? length : 0);
-    return text;
-}
-
-std::wstring parentOf(const std::wstring& path) {
-    const std::size_t slash = path.find_last_of(L"\\/");
-    return slash == std::wstring::npos ? std::wstring() : path.substr(0, slash);
-}
-
-std::wstring lastNameOf(const std::wstring& path) {
-    const std::size_t slash = path.find_last_of(L"\\/");
-    return slash == std::wstring::npos ? path : path.substr(slash + 1);
-}
-
-void addProfile(PrivateNames& names, const std::wstring& folder) {
-    if (folder.empty()) {
+    if (saysNothing(word)) {
         return;
     }
-    add(names.profileFolders, folder);
-    add(names.profileFolders, converted(folder, GetLongPathNameW));
-    add(names.profileFolders, converted(folder, GetShortPathNameW));
+    replaceAll(text, word, replacement, [&](std::wstring_view whole, std::size_t position) {
+        const std::size_t end = position + word.size();
+        if (position > 0 && isPartOfWord(whole[position - 1])) {
+            return false;
+        }
+        if (endsWord(whole, end)) {
+            return true;
+        }
+        // The owner's name in front of a device's, in languages that write it without an apostrophe.
+        return (whole[end] == L's' || whole[end] == L'S') && endsWord(whole, end + 1) &&
+               !saysNothing(whole.substr(position, word.size() + 1));
+    });
 }
 
 }  // namespace
-
-PrivateNames currentPrivateNames() {
-    PrivateNames names;
-    addProfile(names, environmentText(L"USERPROFILE"));
-    std::array<wchar_t, MAX_PATH> folder{};
-    if (SHGetFolderPathW(nullptr, CSIDL_PROFILE, nullptr, SHGFP_TYPE_CURRENT, folder.data()) == S_OK) {
-        addProfile(names, folder.data());
-    }
-    for (const std::wstring& profile : names.profileFolders) {
-        add(names.usersFolders, parentOf(profile));
-        addName(names.users, lastNameOf(profile));
-    }
-    std::array<wchar_t, 257> name{};
-    auto length = static_cast<DWORD>(name.size());
-    if (GetUserNameW(name.data(), &length) != FALSE) {
-        addName(names.users, name.data());
-    }
-    addName(names.users, environmentText(L"USERNAME"));
-    // One may begin with another.
-    std::sort(names.users.begin(), names.users.end(), [](const std::wstring& one, const std::wstring& other) {
-        return one.size() > other.size();
-    });
-    for (const COMPUTER_NAME_FORMAT format :
-         {ComputerNameNetBIOS, ComputerNameDnsFullyQualified, ComputerNameDnsHostname}) {
-        length = static_cast<DWORD>(name.size());
-        if (GetComputerNameExW(format, name.data(), &length) != FALSE) {
-            addName(names.computers, name.data());
-        }
-    }
-    return names;
-}
 
 std::wstring withoutPrivateNames(std::wstring text, const PrivateNames& names) {
     for (const std::wstring& folder : names.profileFolders) {
         hideProfile(text, folder);
     }
     for (const std::wstring& folder : names.usersFolders) {
-        hideOtherProfiles(text, folder);
+        hideProfilesBelow(text, folder);
+    }
+    hideServers(text);
+    // Computers are called after their users: each word of a user's name is among the names, so none is left.
+    for (const std::wstring& computer : names.computers) {
+        hideWord(text, computer, kComputer);
     }
     for (const std::wstring& user : names.users) {
         hideWord(text, user, kUser);
-    }
-    for (const std::wstring& computer : names.computers) {
-        hideWord(text, computer, kComputer);
     }
     return text;
 }

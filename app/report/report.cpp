@@ -13,9 +13,9 @@ void writeHead(ReportWriter& writer) {
     writer.line(L"Kelvaro report: what Kelvaro finds on this machine, and what it does not");
     writer.line(L"");
     writer.line(
-        L"The names of the user, of the computer and of mail accounts are left out. Audio devices stand "
-        L"here");
-    writer.line(L"under the names that Windows shows: read the text before you send it.");
+        L"The names of users, of computers, of the domain and of mail accounts are left out. Audio devices "
+        L"stand");
+    writer.line(L"here under the names that Windows shows: read the text before you send it.");
 }
 
 void writeEnd(ReportWriter& writer) {

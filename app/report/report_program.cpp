@@ -9,6 +9,7 @@
 #include <string>
 
 #include "app/library_loading.h"
+#include "app/report/private_names.h"
 #include "app/report/report.h"
 #include "app/report/system_facts.h"
 #include "app/report/text_output.h"
@@ -33,9 +34,9 @@ std::wstring moduleAt(void* address) {
 LONG WINAPI endWithNote(EXCEPTION_POINTERS* fault) noexcept {
     const auto code = static_cast<std::uint32_t>(fault->ExceptionRecord->ExceptionCode);
     const std::wstring module = moduleAt(fault->ExceptionRecord->ExceptionAddress);
-    TextOutput(STD_OUTPUT_HANDLE)
-        .writeLine(L"\nThe report ends here, in the section above: exception " + hexText(code) + L" in " +
-                   (module.empty() ? L"unknown code" : module));
+    const TextOutput output(STD_OUTPUT_HANDLE);
+    output.write(L"\nThe report ends here, in the section above: exception " + hexText(code) + L" in ");
+    output.writeLine(module.empty() ? L"unknown code" : withoutPrivateNames(module, currentPrivateNames()));
     std::_Exit(kExitIncomplete);
 }
 
@@ -61,8 +62,7 @@ int run(const ReportOptions& options, const TextOutput& output) {
         return kExitUnknownOption;
     }
     if (options.help) {
-        output.write(kReportHelp);
-        return kExitComplete;
+        return output.write(kReportHelp) ? kExitComplete : kExitIncomplete;
     }
     bool written = true;
     const int code =

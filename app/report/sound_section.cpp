@@ -5,6 +5,7 @@
 #include <wrl/client.h>
 
 #include <algorithm>
+#include <cstddef>
 #include <string>
 
 #include "app/report/sections.h"
@@ -19,6 +20,9 @@ using Microsoft::WRL::ComPtr;
 
 /// A count that cannot be must not fill the report.
 constexpr UINT kMostDevices = 100;
+
+/// Long enough for a whole name: of one that is cut, half a private name could be left.
+constexpr std::size_t kLongestName = 32'768;
 
 struct Flow {
     EDataFlow flow;
@@ -46,8 +50,12 @@ void reportServer(ReportWriter& writer) {
                                         nullptr,
                                         path,
                                         &bytes);
+    if (status == ERROR_FILE_NOT_FOUND) {
+        writer.value(L"Core Audio's library", L"not registered");
+        return;
+    }
     if (status != ERROR_SUCCESS) {
-        writer.value(L"Core Audio's library", L"not registered, " + errorText(static_cast<DWORD>(status)));
+        writer.notLookedAt(L"Core Audio's library", errorText(static_cast<DWORD>(status)));
         return;
     }
     writer.value(L"Core Audio's library", path);
@@ -78,7 +86,7 @@ ComPtr<IMMDevice> reportDefault(ReportWriter& writer, IMMDeviceEnumerator& enume
     const std::wstring label =
         std::wstring(L"Default ") + (kind.flow == eRender ? L"speaker" : L"microphone");
     if (device != nullptr) {
-        writer.value(label, friendlyName(*device.Get()));
+        writer.value(label, friendlyName(*device.Get(), kLongestName));
     } else if (result == E_NOTFOUND) {
         writer.value(label, L"none");
     } else {
@@ -100,8 +108,9 @@ void reportDevices(ReportWriter& writer, IMMDeviceEnumerator& enumerator, const 
     for (UINT i = 0; i < std::min(count, kMostDevices); ++i) {
         ComPtr<IMMDevice> device;
         const HRESULT taken = devices->Item(i, &device);
-        writer.value(kind.singular + (L' ' + std::to_wstring(i + 1)),
-                     device != nullptr ? friendlyName(*device.Get()) : L"gone, " + resultText(taken));
+        writer.value(
+            kind.singular + (L' ' + std::to_wstring(i + 1)),
+            device != nullptr ? friendlyName(*device.Get(), kLongestName) : L"gone, " + resultText(taken));
     }
 }
 

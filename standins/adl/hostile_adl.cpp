@@ -2,8 +2,8 @@
 
 #include <cwchar>
 
-// A driver that ends the process, or takes its time and then refuses, as the environment variable
-// KELVARO_HOSTILE says.
+// A driver that ends the process, itself or in a library of the path in KELVARO_HOSTILE_LIBRARY, or takes its
+// time and then refuses, as the environment variable KELVARO_HOSTILE says.
 
 namespace {
 
@@ -13,9 +13,22 @@ bool isAsked(const wchar_t* what) noexcept {
     return std::wcscmp(value, what) == 0;
 }
 
+/// Calls this function of a copy of this library, which then ends the process.
+void crashElsewhere() noexcept {
+    wchar_t path[1024] = L"";
+    GetEnvironmentVariableW(L"KELVARO_HOSTILE_LIBRARY", path, 1024);
+    SetEnvironmentVariableW(L"KELVARO_HOSTILE", L"crash");
+    if (const HMODULE copy = LoadLibraryW(path)) {
+        GetProcAddress(copy, "ADL2_Main_Control_Create")();
+    }
+}
+
 }  // namespace
 
 extern "C" int createHostile() noexcept {
+    if (isAsked(L"elsewhere")) {
+        crashElsewhere();
+    }
     if (isAsked(L"crash")) {
         // The system's half of the addresses; not null, where a sandbox may have something.
         volatile auto* const nowhere = reinterpret_cast<int*>(0xFFFF'F000'0000'0000);

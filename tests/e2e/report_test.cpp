@@ -298,6 +298,19 @@ TEST_F(ReportWithEverything, ADriverThatEndsTheProcessOrTakesItsTimeDoesNoHarmTo
     EXPECT_EQ(keyboard.callCount(LcdCall::Init), 1U) << "Kelvaro's own";
 }
 
+TEST_F(ReportWithEverything, ACrashInALibraryThatIsCalledAfterTheUserDoesNotTellTheName) {
+    put(vendorLibraryPath(VendorLibrary::Adl, "hostile"), L"atiadlxx.dll");
+    const std::wstring name = L"overlay of " + userName() + L".dll";
+    put(vendorLibraryPath(VendorLibrary::Adl, "hostile"), name.c_str());
+    SetEnvironmentVariableW(L"KELVARO_HOSTILE", L"elsewhere");
+    SetEnvironmentVariableW(L"KELVARO_HOSTILE_LIBRARY", (folder() + L'\\' + name).c_str());
+    const Printed crashed = runReport(program());
+    EXPECT_EQ(crashed.code, DWORD{1});
+    EXPECT_THAT(crashed.output,
+                EndsWith("\r\nThe report ends here, in the section above: exception 0xC0000005 in " +
+                         shown(name) + "\r\n"));
+}
+
 /// The same machine as it is, without any of it. Wine's own sound system has no devices there.
 class ReportWithNothing : public testing::Test {
 protected:
@@ -320,6 +333,40 @@ TEST_F(ReportWithNothing, TellsThatNothingIsThere) {
     EXPECT_EQ(printed.code, DWORD{0}) << "what is missing is a finding";
     EXPECT_EQ(printed.error, "");
     EXPECT_EQ(normalised(printed.output), kWithNothing);
+}
+
+/// Starts the report with that as its output and gives its exit code.
+std::optional<DWORD> codeWithOutput(const std::wstring& program,
+                                    HANDLE output,
+                                    const std::wstring& arguments = {}) {
+    const ChildProcess report(program, arguments, nullptr, output);
+    return report.waitForExit(std::chrono::seconds(60));
+}
+
+TEST_F(ReportWithNothing, IsIncompleteWhenNobodyReadsIt) {
+    SECURITY_ATTRIBUTES inheritable{sizeof(SECURITY_ATTRIBUTES), nullptr, TRUE};
+    HANDLE reader = nullptr;
+    HANDLE writer = nullptr;
+    ASSERT_NE(CreatePipe(&reader, &writer, &inheritable, 0), FALSE);
+    Panelix::UniqueHandle(reader).reset();
+    const Panelix::UniqueHandle pipe(writer);
+    EXPECT_EQ(codeWithOutput(program(), pipe.get()), DWORD{1});
+    EXPECT_EQ(codeWithOutput(program(), pipe.get(), L"--help"), DWORD{1});
+}
+
+TEST_F(ReportWithNothing, IsIncompleteOnAFullDisk) {
+    SKIP_ON_WINDOWS("the full disk is a device file of the host");
+    SECURITY_ATTRIBUTES inheritable{sizeof(SECURITY_ATTRIBUTES), nullptr, TRUE};
+    const Panelix::UniqueFile full(CreateFileW(L"Z:\\dev\\full",
+                                               GENERIC_WRITE,
+                                               FILE_SHARE_READ | FILE_SHARE_WRITE,
+                                               &inheritable,
+                                               OPEN_EXISTING,
+                                               0,
+                                               nullptr));
+    ASSERT_TRUE(full) << "error " << GetLastError();
+    EXPECT_EQ(codeWithOutput(program(), full.get()), DWORD{1});
+    EXPECT_EQ(codeWithOutput(program(), full.get(), L"--help"), DWORD{1});
 }
 
 TEST_F(ReportWithNothing, RefusesAnUnknownOptionAndPrintsItsHelp) {

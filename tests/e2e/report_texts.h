@@ -7,8 +7,8 @@
 inline constexpr char kWithEverything[] =
     R"text(Kelvaro report: what Kelvaro finds on this machine, and what it does not
 
-The names of the user, of the computer and of mail accounts are left out. Audio devices stand here
-under the names that Windows shows: read the text before you send it.
+The names of users, of computers, of the domain and of mail accounts are left out. Audio devices stand
+here under the names that Windows shows: read the text before you send it.
 
 Program
   Version                     1.0.0
@@ -183,8 +183,8 @@ inline constexpr char kStarted[] = R"text(  LogiLcdInit returned        true
 inline constexpr char kWithNothing[] =
     R"text(Kelvaro report: what Kelvaro finds on this machine, and what it does not
 
-The names of the user, of the computer and of mail accounts are left out. Audio devices stand here
-under the names that Windows shows: read the text before you send it.
+The names of users, of computers, of the domain and of mail accounts are left out. Audio devices stand
+here under the names that Windows shows: read the text before you send it.
 
 Program
   Version                     1.0.0

@@ -20,7 +20,7 @@ namespace {
 using testing::Contains;
 
 const PrivateNames kNames{.profileFolders = {L"C:\\Users\\Anna Muster", L"C:\\Users\\ANNAMU~1"},
-                          .usersFolders = {L"C:\\Users"},
+                          .usersFolders = {L"Users"},
                           .users = {L"Anna Muster", L"anna", L"J\xF6rg"},
                           .computers = {L"ANNAS-PC"}};
 
@@ -73,6 +73,50 @@ TEST(PrivateNames, OtherUsersAreHiddenBelowTheFolderOfAllProfiles) {
     });
 }
 
+TEST(PrivateNames, OtherUsersAreHiddenOnEveryDriveAndHoweverThePathIsWritten) {
+    expectAll({
+        {L"D:\\users\\Bert\\x", L"D:\\users\\<user>\\x"},
+        {L"C:\\Users\\\\Bert\\x", L"C:\\Users\\\\<user>\\x"},
+        {L"C:\\\\Users//Bert", L"C:\\\\Users//<user>"},
+        {L"C:\\Users\\Public\\Users\\Bert", L"C:\\Users\\Public\\Users\\<user>"},
+        {L"\\Device\\HarddiskVolume3\\Users\\Bert", L"\\Device\\HarddiskVolume3\\Users\\<user>"},
+        {L"C:\\Users\\Bert M.\\a and C:\\Users\\Carl\\b", L"C:\\Users\\<user>\\a and C:\\Users\\<user>\\b"},
+        {L"C:\\SuperUsers\\Bert", L"C:\\SuperUsers\\Bert"},
+    });
+}
+
+TEST(PrivateNames, ServersOfPathsAreHidden) {
+    expectAll({
+        {L"\\\\nas-of-bert\\share\\K.exe", L"\\\\<computer>\\share\\K.exe"},
+        {L"\"\\\\nas.example.org\\K.exe\" -delay15", L"\"\\\\<computer>\\K.exe\" -delay15"},
+        {L"//nas/share", L"//<computer>/share"},
+        {L"no, \\\\nas", L"no, \\\\<computer>"},
+        {L"\\\\?\\UNC\\nas\\share", L"\\\\?\\UNC\\<computer>\\share"},
+        {L"\\\\nas\\Users\\Bert\\x", L"\\\\<computer>\\Users\\<user>\\x"},
+        {L"\\\\?\\C:\\x, \\\\.\\pipe\\x", L"\\\\?\\C:\\x, \\\\.\\pipe\\x"},
+        {L"C:\\Kelvaro\\\\Kelvaro.exe", L"C:\\Kelvaro\\\\Kelvaro.exe"},
+        {L"\\\\", L"\\\\"},
+    });
+}
+
+TEST(PrivateNames, NamesAreHiddenInScriptsThatWriteNoBlanks) {
+    PrivateNames names = namedUser(L"\x674E\x660E");
+    names.users.emplace_back(L"Anna");
+    EXPECT_EQ(withoutPrivateNames(L"\x674E\x660E\x7684 AirPods, \x684C\x674E\x660E", names),
+              L"<user>\x7684 AirPods, \x684C<user>");
+    EXPECT_EQ(withoutPrivateNames(L"Anna\xC758 Headset, \x0E02\x0E2D\x0E07"
+                                  L"Anna",
+                                  names),
+              L"<user>\xC758 Headset, \x0E02\x0E2D\x0E07<user>");
+}
+
+TEST(PrivateNames, NamesWithHalvesOfPairsAreHidden) {
+    // A letter beyond the first 65,536 characters is a pair, which has no other case.
+    const PrivateNames names = namedUser(L"\xD83D\xDC31 Anna");
+    EXPECT_EQ(withoutPrivateNames(L"Headset of \xD83D\xDC31 ANNA.", names), L"Headset of <user>.");
+    EXPECT_EQ(withoutPrivateNames(L"\xD83D\xDC32 Anna", names), L"\xD83D\xDC32 Anna");
+}
+
 TEST(PrivateNames, TheUsersAndTheComputersNamesAreHiddenAsWholeWords) {
     expectAll({
         {L"D:\\anna\\Kelvaro", L"D:\\<user>\\Kelvaro"},
@@ -80,7 +124,9 @@ TEST(PrivateNames, TheUsersAndTheComputersNamesAreHiddenAsWholeWords) {
         {L"ANNA", L"<user>"},
         {L"Anna Muster's Headset and anna", L"<user>'s Headset and <user>"},
         {L"Kopfh\xF6rer von J\xD6RG", L"Kopfh\xF6rer von <user>"},
-        {L"Hannah, annabel, anna_b and Susanna", L"Hannah, annabel, anna_b and Susanna"},
+        {L"Hannah, annabel, annas2 and Susanna", L"Hannah, annabel, annas2 and Susanna"},
+        {L"headset_of_anna_2", L"headset_of_<user>_2"},
+        {L"Annas Kopfh\xF6rer, ANNAS", L"<user>s Kopfh\xF6rer, <user>S"},
         {L"\\\\annas-pc\\share\\K.exe", L"\\\\<computer>\\share\\K.exe"},
         {L"Speakers (High Definition Audio Device)", L"Speakers (High Definition Audio Device)"},
         {L"", L""},
@@ -89,7 +135,7 @@ TEST(PrivateNames, TheUsersAndTheComputersNamesAreHiddenAsWholeWords) {
 
 TEST(PrivateNames, WhatWasPutThereIsNotReplacedAgain) {
     const PrivateNames names{.profileFolders = {L"C:\\Users\\user"},
-                             .usersFolders = {L"C:\\Users"},
+                             .usersFolders = {L"Users"},
                              .users = {L"user", L"userprofile", L"Anna"},
                              .computers = {L"computer"}};
     EXPECT_EQ(withoutPrivateNames(L"C:\\Users\\user\\x of Anna on computer", names),
@@ -108,7 +154,7 @@ TEST(PrivateNames, CommonWordsAreHiddenInProfilesOnly) {
     for (const wchar_t* name : {L"Windows", L"KELVARO", L"Speaker", L"Admin", L"not", L"dll", L"x", L"32"}) {
         const std::wstring folder = std::wstring(L"C:\\Users\\") + name;
         const PrivateNames names{
-            .profileFolders = {folder}, .usersFolders = {L"C:\\Users"}, .users = {name}, .computers = {name}};
+            .profileFolders = {folder}, .usersFolders = {L"Users"}, .users = {name}, .computers = {name}};
         for (const std::wstring& text : {path,
                                          std::wstring(L"not there"),
                                          std::wstring(L"Speaker 32 (Admin's)"),
@@ -142,6 +188,8 @@ TEST(PrivateNames, TheReportsOwnWordsAreHiddenNowhere) {
     EXPECT_GT(words.size(), 50U);
     for (const std::wstring& word : words) {
         EXPECT_EQ(withoutPrivateNames(word, namedUser(word)), word);
+        // "Thi" is a name, "this" is not that of its owner.
+        EXPECT_EQ(withoutPrivateNames(word, namedUser(word.substr(0, word.size() - 1))), word);
     }
 }
 
