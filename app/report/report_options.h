@@ -29,8 +29,8 @@ inline constexpr std::wstring_view kReportHelp =
     L"           may show on the keyboard. Without this option the library is looked at only.\n"
     L"  --help   print this\n"
     L"\n"
-    L"Nothing is changed, and nothing is sent anywhere. The names of the user, of the computer and of mail "
-    L"accounts\n"
-    L"are left out. Exit code: 0 when everything could be looked at, whether or not it was found; 1 when "
-    L"something\n"
-    L"could not be looked at; 2 for an unknown option.\n";
+    L"Nothing is changed, and nothing is sent anywhere. The names of users, of computers, of the domain and "
+    L"of mail\n"
+    L"accounts are left out. Exit code: 0 when everything could be looked at, whether or not it was found; "
+    L"1 when\n"
+    L"something could not be looked at, or the text not be written; 2 for an unknown option.\n";

@@ -79,15 +79,16 @@ std::wstring accountText(HKEY accounts, const wchar_t* name) {
                                    : L"no count, " + errorText(static_cast<DWORD>(status));
 }
 
-std::vector<std::wstring> accountTexts(HKEY accounts) {
-    std::vector<std::wstring> texts;
+/// Adds the text of each account. ERROR_NO_MORE_ITEMS after the last one.
+LSTATUS addAccountTexts(std::vector<std::wstring>& texts, HKEY accounts) {
     // Longer than any name of a key.
     std::array<wchar_t, 1024> name{};
     for (DWORD index = 0;; ++index) {
         auto length = static_cast<DWORD>(name.size());
-        if (RegEnumKeyExW(accounts, index, name.data(), &length, nullptr, nullptr, nullptr, nullptr) !=
-            ERROR_SUCCESS) {
-            return texts;
+        const LSTATUS status =
+            RegEnumKeyExW(accounts, index, name.data(), &length, nullptr, nullptr, nullptr, nullptr);
+        if (status != ERROR_SUCCESS) {
+            return status;
         }
         texts.push_back(accountText(accounts, name.data()));
     }
@@ -124,10 +125,14 @@ void reportMail(ReportWriter& writer) {
     } else if (status != ERROR_SUCCESS) {
         writer.notLookedAt(L"Accounts", errorText(static_cast<DWORD>(status)));
     } else {
-        const std::vector<std::wstring> texts = accountTexts(accounts.get());
+        std::vector<std::wstring> texts;
+        const LSTATUS end = addAccountTexts(texts, accounts.get());
         writer.value(L"Accounts", std::to_wstring(texts.size()));
         for (std::size_t i = 0; i < texts.size(); ++i) {
             writer.value(L"Unread in account " + std::to_wstring(i + 1), texts[i]);
+        }
+        if (end != ERROR_NO_MORE_ITEMS) {
+            writer.notLookedAt(L"Further accounts", errorText(static_cast<DWORD>(end)));
         }
     }
     const std::int32_t unread = readUnreadMail();

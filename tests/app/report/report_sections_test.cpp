@@ -5,6 +5,8 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <cstddef>
 #include <cstdint>
 #include <functional>
 #include <string>
@@ -24,6 +26,7 @@
 #include "standins/nvapi/virtual_nvidia.h"
 #include "standins/vendor_libraries.h"
 #include "tests/stats/preloaded_library.h"
+#include "tests/support/denied_key.h"
 #include "tests/support/import_override.h"
 #include "tests/support/installation.h"
 #include "tests/support/lcd_registration.h"
@@ -386,6 +389,8 @@ TEST_F(ReportOfTheLcd, NamesTheExportThatTheLibraryLacksAndNoOther) {
 
 // Mail
 
+using RegEnumKey = decltype(RegEnumKeyExW);
+
 class ReportOfMail : public ReportSection {
 protected:
     static void addAccount(const std::wstring& name, DWORD unread) {
@@ -418,6 +423,61 @@ TEST_F(ReportOfMail, TellsAnAccountWithoutACount) {
     EXPECT_THAT(text, HasSubstr(line(L"Unread, as Kelvaro counts", L"not available")));
     EXPECT_THAT(text, Not(HasSubstr(L"anna")));
     EXPECT_THAT(writer.incomplete(), IsEmpty());
+}
+
+TEST_F(ReportOfMail, ListsAccountsWhoseNamesBecomeLonger) {
+    addAccount(L"a", 1);
+    addAccount(L"b@example.org", 2);
+    addAccount(L"c." + std::wstring(200, L'c') + L"@example.org", 3);
+    addAccount(L"d", 4);
+    write(reportMail);
+    EXPECT_EQ(text,
+              L"\nTitle\n"
+              L"  Accounts                    4\n"
+              L"  Unread in account 1         1\n"
+              L"  Unread in account 2         2\n"
+              L"  Unread in account 3         3\n"
+              L"  Unread in account 4         4\n"
+              // Kelvaro's own walk takes the length of each name as the most that the next one may have.
+              L"  Unread, as Kelvaro counts   1\n");
+}
+
+TEST_F(ReportOfMail, TellsAnAccountThatMayNotBeRead) {
+    addAccount(L"anna@example.org", 3);
+    addAccount(L"bert@example.org", 12);
+    const DeniedKey denied(key(L"anna@example.org"));
+    write(reportMail);
+    EXPECT_THAT(text, HasSubstr(lineStart(L"Unread in account 1", L"no count, error 5")));
+    EXPECT_THAT(text, HasSubstr(line(L"Unread in account 2", L"12")));
+}
+
+DWORD accountsThatAreTold = 0;
+RegEnumKey* enumerate = nullptr;
+
+LSTATUS WINAPI refuseFurtherKeys(HKEY key,
+                                 DWORD index,
+                                 LPWSTR name,
+                                 LPDWORD length,
+                                 LPDWORD reserved,
+                                 LPWSTR className,
+                                 LPDWORD classLength,
+                                 PFILETIME written) {
+    return index < accountsThatAreTold
+               ? enumerate(key, index, name, length, reserved, className, classLength, written)
+               : ERROR_ACCESS_DENIED;
+}
+
+TEST_F(ReportOfMail, AListThatEndsTooSoonCouldNotBeLookedAt) {
+    addAccount(L"anna@example.org", 3);
+    addAccount(L"bert@example.org", 12);
+    const ImportOverride enumeration("advapi32.dll", "RegEnumKeyExW", refuseFurtherKeys);
+    enumerate = enumeration.original<RegEnumKey>();
+    accountsThatAreTold = 1;
+    write(reportMail);
+    EXPECT_THAT(text, HasSubstr(line(L"Accounts", L"1")));
+    EXPECT_THAT(text, HasSubstr(line(L"Unread in account 1", L"3")));
+    EXPECT_THAT(text, HasSubstr(lineStart(L"Further accounts", L"could not be looked at: error 5")));
+    EXPECT_THAT(writer.incomplete(), ElementsAre(L"Title"));
 }
 
 // Start with Windows
@@ -491,6 +551,92 @@ TEST_F(ReportOfTheStart, TellsAnEntryThatKelvaroCannotRead) {
     EXPECT_THAT(writer.incomplete(), IsEmpty());
 }
 
+TEST_F(ReportOfTheStart, AnEntryThatMayNotBeReadCouldNotBeLookedAt) {
+    setRun(L"\"C:\\Kelvaro.exe\"");
+    const DeniedKey denied(kRunKey);
+    write(reportStart);
+    EXPECT_THAT(text, HasSubstr(lineStart(L"Run entry", L"could not be looked at: error 5")));
+    EXPECT_THAT(text, HasSubstr(line(L"Settings", L"cannot be read: the dialog shows neither of them")));
+    EXPECT_THAT(text, HasSubstr(line(L"InstallDir", L"not there")));
+    EXPECT_THAT(writer.incomplete(), ElementsAre(L"Title"));
+}
+
+TEST_F(ReportOfTheStart, AnEntryIsReadAsFarAsKelvaroReadsIt) {
+    // 260 bytes with the terminator, which is read, and one more.
+    setRun(std::wstring(259, L'x'));
+    write(reportStart);
+    EXPECT_THAT(text, HasSubstr(line(L"Run entry", std::wstring(259, L'x'))));
+    EXPECT_THAT(text, HasSubstr(line(L"Starts with Windows", L"yes")));
+    setRun(std::wstring(260, L'x'));
+    write(reportStart);
+    EXPECT_THAT(text, HasSubstr(line(L"Run entry", L"longer than 260 bytes, which Kelvaro does not read")));
+}
+
+// Program
+
+std::wstring programsPath;
+
+DWORD WINAPI tellProgramsPath(HMODULE, LPWSTR buffer, DWORD capacity) {
+    const std::size_t length = std::min<std::size_t>(programsPath.size(), capacity);
+    programsPath.copy(buffer, length);
+    if (length < capacity) {
+        buffer[length] = L'\0';
+    } else {
+        SetLastError(ERROR_INSUFFICIENT_BUFFER);
+    }
+    return static_cast<DWORD>(length);
+}
+
+TEST_F(ReportSection, AProgramsPathIsToldToItsEnd) {
+    const ImportOverride path("kernel32.dll", "GetModuleFileNameW", tellProgramsPath);
+    constexpr std::size_t kShort = MAX_PATH;
+    for (const std::size_t length : {kShort - 2, kShort - 1, kShort, kShort + 1, 2 * kShort, 8 * kShort}) {
+        programsPath = L"C:\\folder\\";
+        programsPath.append(length - programsPath.size() - 4, L'x').append(L".exe");
+        ASSERT_EQ(programsPath.size(), length);
+        EXPECT_EQ(modulePath(nullptr), programsPath);
+        EXPECT_EQ(programFolder(), L"C:\\folder");
+        // The value itself is cut.
+        write(reportProgram);
+        EXPECT_THAT(text,
+                    HasSubstr(lineStart(L"Report", programsPath.substr(0, ReportWriter::kLongestValue))));
+    }
+}
+
+DWORD mutexError = ERROR_SUCCESS;
+DWORD mutexAccess = 0;
+
+HANDLE WINAPI refuseMutex(DWORD access, BOOL, LPCWSTR name) {
+    EXPECT_STREQ(name, L"KELVARO_G19");
+    mutexAccess = access;
+    SetLastError(mutexError);
+    return nullptr;
+}
+
+TEST_F(ReportSection, AProgramWhoseMutexIsDeniedRuns) {
+    const ImportOverride mutex("kernel32.dll", "OpenMutexW", refuseMutex);
+    mutexError = ERROR_ACCESS_DENIED;
+    write(reportProgram);
+    EXPECT_THAT(text, HasSubstr(line(L"Kelvaro runs now", L"yes")));
+    EXPECT_EQ(mutexAccess, DWORD{SYNCHRONIZE});
+    mutexError = ERROR_FILE_NOT_FOUND;
+    write(reportProgram);
+    EXPECT_THAT(text, HasSubstr(line(L"Kelvaro runs now", L"no")));
+}
+
+HANDLE WINAPI denyMapping(DWORD, BOOL, LPCWSTR) {
+    SetLastError(ERROR_ACCESS_DENIED);
+    return nullptr;
+}
+
+TEST_F(ReportOfCoreTemp, TellsASharedMemoryThatIsDenied) {
+    const ImportOverride mapping("kernel32.dll", "OpenFileMappingW", denyMapping);
+    write(reportCoreTemp);
+    EXPECT_THAT(text, HasSubstr(lineStart(L"Shared memory, extended", L"does not open, error 5")));
+    EXPECT_THAT(text, HasSubstr(lineStart(L"Shared memory, original", L"does not open, error 5")));
+    EXPECT_THAT(text, HasSubstr(lineStart(L"Core Temp answers", L"no: it does not run")));
+}
+
 LSTATUS WINAPI refuseKeyA(HKEY, LPCSTR, DWORD, REGSAM, PHKEY) {
     return ERROR_ACCESS_DENIED;
 }
@@ -551,6 +697,24 @@ TEST_F(ReportOfSound, TellsDevicesThatCannotBeHad) {
     EXPECT_THAT(text, HasSubstr(L"\n  Default speaker             the system does not say, 0x80070005"));
 }
 
+LSTATUS registryStatus = ERROR_SUCCESS;
+
+LSTATUS WINAPI refuseValue(HKEY, LPCWSTR, LPCWSTR, DWORD, LPDWORD, PVOID, LPDWORD) {
+    return registryStatus;
+}
+
+TEST_F(ReportOfSound, TellsWhetherItsLibraryIsNotRegisteredOrCannotBeLookedAt) {
+    const ImportOverride values("advapi32.dll", "RegGetValueW", refuseValue);
+    registryStatus = ERROR_FILE_NOT_FOUND;
+    write(reportSound);
+    EXPECT_THAT(text, HasSubstr(line(L"Core Audio's library", L"not registered")));
+    EXPECT_THAT(writer.incomplete(), IsEmpty());
+    registryStatus = ERROR_ACCESS_DENIED;
+    write(reportSound);
+    EXPECT_THAT(text, HasSubstr(lineStart(L"Core Audio's library", L"could not be looked at: error 5")));
+    EXPECT_THAT(writer.incomplete(), ElementsAre(L"Title"));
+}
+
 TEST_F(ReportOfSound, ListsNoMoreThanAHundredDevices) {
     audio.addUsualDevices();
     audio.setCountAnswer(4'000'000'000U);
@@ -579,6 +743,92 @@ TEST_F(ReportOfSound, ChangesNothing) {
     EXPECT_EQ(audio.callCount(AudioCall::SetChannelVolumeLevelScalar), 0U);
     EXPECT_EQ(audio.callCount(AudioCall::SetMute), 0U);
     EXPECT_EQ(audio.liveObjects(), 0);
+}
+
+// Figures
+
+/// A machine whose figures change from one sample to the next: the sampler's first one is not shown.
+class ReportOfFigures : public ReportOfSound {
+protected:
+    ReportOfFigures() {
+        audio.addUsualDevices();
+        nvidia.setGpuCount(1);
+        nvidia.setName(0, "Test GPU");
+        coreTemp.setRunning(true);
+        running = this;
+        sleep = pause.original<decltype(Sleep)>();
+    }
+    ~ReportOfFigures() override { running = nullptr; }
+
+    static void WINAPI changeAndSleep(DWORD milliseconds) {
+        running->change(++running->samples);
+        sleep(milliseconds);
+    }
+
+    /// Everything is 10 times the sample's number, or a little more.
+    void change(int sample) {
+        const auto tens = static_cast<float>(10 * sample);
+        const float scalar = tens / 100.0F + 0.002F;
+        audio.setLevels(
+            0, {.channels = {scalar, scalar + 0.01F}, .master = scalar + 0.02F, .muted = sample == 2});
+        audio.setLevels(3, {.channels = {0.5F}, .master = 0.5F, .muted = sample == 3});
+        EXPECT_TRUE(audio.settle());
+        const auto number = static_cast<std::uint32_t>(10 * sample);
+        nvidia.setFigures(0,
+                          {number + 1,
+                           static_cast<std::int32_t>(number) + 2,
+                           1'000,
+                           1'000 - 10 * (number + 3),
+                           number + 4});
+        if (sample == 3) {
+            nvidia.setStatus(NvapiCall::GpuGetThermalSettings, -104);
+        }
+        Standins::CoreTempFigures cpu;
+        cpu.cpuCount = 1;
+        cpu.coreCount = 1;
+        cpu.fahrenheit = sample == 3;
+        cpu.speedMHz = tens + 5.0F;
+        cpu.busSpeedMHz = tens + 6.0F;
+        cpu.multiplier = tens + 7.0F;
+        cpu.vidVolts = tens + 8.0F;
+        cpu.temperatures[0] = tens + 9.0F;
+        coreTemp.setFigures(cpu);
+    }
+
+    /// A line of the section's table.
+    static std::wstring row(const std::wstring& label, std::wstring first, const std::wstring& second) {
+        first.resize(30, L' ');
+        return line(label, first + second);
+    }
+
+    static inline ReportOfFigures* running = nullptr;
+    static inline decltype(Sleep)* sleep = nullptr;
+
+    int samples = 0;
+    Standins::VirtualNvidia nvidia;
+    Standins::VirtualCoreTemp coreTemp;
+    PreloadedLibrary nvidiaLibrary{vendorLibraryPath(VendorLibrary::Nvapi)};
+    PreloadedLibrary coreTempLibrary{vendorLibraryPath(VendorLibrary::CoreTemp)};
+    ImportOverride pause{"kernel32.dll", "Sleep", changeAndSleep};
+};
+
+TEST_F(ReportOfFigures, StandBesideOneAnotherInTheOrderOfTheirSamples) {
+    write(reportFigures);
+    EXPECT_EQ(samples, 3);
+    EXPECT_THAT(text, HasSubstr(line(L"GPU", L"Test GPU")));
+    EXPECT_THAT(text, HasSubstr(row(L"Sample", L"first", L"second")));
+    EXPECT_THAT(text, HasSubstr(row(L"CPU clock", L"25.00MHz (26.00 x 27.00)", L"35.00MHz (36.00 x 37.00)")));
+    EXPECT_THAT(text, HasSubstr(row(L"CPU voltage", L"28.000000 V", L"38.000000 V")));
+    EXPECT_THAT(text, HasSubstr(row(L"CPU temperature", L"29 \u00B0C", L"39 \u00B0F")));
+    EXPECT_THAT(text, HasSubstr(row(L"GPU load", L"21 %", L"31 %")));
+    EXPECT_THAT(text, HasSubstr(row(L"GPU clock", L"24 kHz", L"34 kHz")));
+    EXPECT_THAT(text, HasSubstr(row(L"GPU temperature", L"22 \u00B0C", L"-")));
+    EXPECT_THAT(text, HasSubstr(row(L"Video memory", L"23 %", L"33 %")));
+    EXPECT_THAT(text, HasSubstr(row(L"Volume left", L"20 %", L"30 %")));
+    EXPECT_THAT(text, HasSubstr(row(L"Volume right", L"21 %", L"31 %")));
+    EXPECT_THAT(text, HasSubstr(row(L"Volume master", L"22 %", L"32 %")));
+    EXPECT_THAT(text, HasSubstr(row(L"Speaker muted", L"yes", L"no")));
+    EXPECT_THAT(text, HasSubstr(row(L"Microphone muted", L"no", L"yes")));
 }
 
 // The whole

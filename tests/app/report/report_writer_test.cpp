@@ -69,6 +69,28 @@ TEST_F(ReportWriterLines, LongValuesAreCut) {
     EXPECT_EQ(lines.at(1), label + std::wstring(ReportWriter::kLongestValue, L'y') + L"...");
 }
 
+TEST_F(ReportWriterLines, ANameAtTheCutIsMaskedAsAWhole) {
+    for (const std::size_t kept : {std::size_t{0}, std::size_t{3}, std::size_t{5}, std::size_t{6}}) {
+        lines.clear();
+        writer.value(L"Name", std::wstring(ReportWriter::kLongestValue - kept, L'x') + L"secret" + L"yyyyyy");
+        const std::wstring whole = std::wstring(ReportWriter::kLongestValue - kept, L'x') + L"***yyyyyy";
+        EXPECT_EQ(lines.at(0),
+                  L"  Name                        " + whole.substr(0, ReportWriter::kLongestValue) + L"...");
+    }
+}
+
+TEST_F(ReportWriterLines, WhatIsThrownIsMasked) {
+    writer.section(L"One", [] { throw std::runtime_error("no secret"); });
+    writer.section(L"Two", [] { throw Panelix::SysException(L"secret", L"Title"); });
+    EXPECT_THAT(lines,
+                ElementsAre(L"",
+                            L"One",
+                            L"  Could not be looked at      no ***",
+                            L"",
+                            L"Two",
+                            L"  Could not be looked at      ***"));
+}
+
 TEST_F(ReportWriterLines, ASectionThatThrowsIsNotedAndTheNextOneFollows) {
     writer.section(L"One", [] { throw std::runtime_error("no memory"); });
     writer.section(L"Two", [] { throw Panelix::SysException(L"No COM", L"Title"); });
