@@ -25,13 +25,13 @@
 #include "standins/lcd_sdk/virtual_g19.h"
 #include "standins/nvapi/virtual_nvidia.h"
 #include "standins/vendor_libraries.h"
+#include "tests/app/report/report_section.h"
 #include "tests/stats/preloaded_library.h"
 #include "tests/support/denied_key.h"
 #include "tests/support/import_override.h"
 #include "tests/support/installation.h"
 #include "tests/support/lcd_registration.h"
 #include "tests/support/registry_override.h"
-#include "tests/support/standin_session.h"
 
 // Single sections on machines that lack or refuse something. The whole text is a test of the shipped program.
 
@@ -47,32 +47,6 @@ using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::IsEmpty;
 using testing::Not;
-
-/// Writes one section without hiding anything.
-class ReportSection : public testing::Test {
-protected:
-    void write(const std::function<void(ReportWriter&)>& content) {
-        text.clear();
-        writer.section(L"Title", [&] { content(writer); });
-    }
-
-    /// One line of the section.
-    static std::wstring line(const std::wstring& label, const std::wstring& value) {
-        return lineStart(label, value) + L"\n";
-    }
-
-    /// One line of the section up to there.
-    static std::wstring lineStart(const std::wstring& label, const std::wstring& value) {
-        std::wstring whole = L"  " + label;
-        whole.resize(ReportWriter::kValueColumn, L' ');
-        return L"\n" + whole + value;
-    }
-
-    StandinSession session;
-    std::wstring text;
-    ReportWriter writer{[this](std::wstring_view each) { text += std::wstring(each) + L"\n"; },
-                        [](std::wstring value) { return value; }};
-};
 
 // NVIDIA
 
