@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "framework/drawing/sys_exception.h"
+#include "tests/support/import_override.h"
 #include "tests/support/message_box_watcher.h"
 
 namespace {
@@ -70,6 +71,28 @@ TEST_F(RunReported, AStandardExceptionIsAFatalErrorAndGivesOne) {
 TEST_F(RunReported, MemoryThatRunsOutIsAFatalErrorToo) {
     EXPECT_EQ(runReported([] { throw std::bad_alloc(); }), 1);
     EXPECT_EQ(onlyBox().caption, L"Kelvaro - Fatal Error");
+}
+
+std::vector<UINT> styles;
+
+int WINAPI noteWideBox(HWND owner, LPCWSTR, LPCWSTR, UINT style) {
+    EXPECT_EQ(owner, nullptr);
+    styles.push_back(style);
+    return IDOK;
+}
+
+int WINAPI noteNarrowBox(HWND owner, LPCSTR, LPCSTR, UINT style) {
+    EXPECT_EQ(owner, nullptr);
+    styles.push_back(style);
+    return IDOK;
+}
+
+TEST_F(RunReported, BothKindsOfErrorsAskForATopmostBox) {
+    const ImportOverride wide("user32.dll", "MessageBoxW", noteWideBox);
+    const ImportOverride narrow("user32.dll", "MessageBoxA", noteNarrowBox);
+    runReported([] { throw SysException(L"", L"Drawing Error"); });
+    runReported([] { throw std::runtime_error("something is missing"); });
+    EXPECT_THAT(styles, ElementsAre(kErrorBoxStyle, kErrorBoxStyle));
 }
 
 TEST_F(RunReported, AnythingElsePassesThroughWithoutABox) {

@@ -299,6 +299,22 @@ TEST_F(Settings, ARunningProgramIsFoundToo) {
     EXPECT_TRUE(FindExecutablePath(path));
 }
 
+TEST_F(Settings, AProgramThatIsOpenForWritingOrDeletionIsFoundToo) {
+    install();
+    for (const DWORD access : {DWORD{GENERIC_WRITE}, DWORD{DELETE}}) {
+        const Panelix::UniqueFile other(CreateFileW(folder_.executable().c_str(),
+                                                    access,
+                                                    FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE,
+                                                    nullptr,
+                                                    OPEN_EXISTING,
+                                                    FILE_ATTRIBUTE_NORMAL,
+                                                    nullptr));
+        ASSERT_TRUE(other);
+        std::string path;
+        EXPECT_TRUE(FindExecutablePath(path));
+    }
+}
+
 TEST_F(Settings, TheProgramsFileIsClosedAgain) {
     install();
     std::string path;

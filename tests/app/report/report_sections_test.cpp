@@ -13,6 +13,7 @@
 #include <utility>
 #include <vector>
 
+#include "app/report/private_names.h"
 #include "app/report/report.h"
 #include "app/report/report_writer.h"
 #include "app/report/sections.h"
@@ -26,6 +27,7 @@
 #include "standins/nvapi/virtual_nvidia.h"
 #include "standins/vendor_libraries.h"
 #include "tests/app/report/report_section.h"
+#include "tests/stats/free_handles.h"
 #include "tests/stats/preloaded_library.h"
 #include "tests/support/denied_key.h"
 #include "tests/support/import_override.h"
@@ -609,6 +611,26 @@ TEST_F(ReportOfCoreTemp, TellsASharedMemoryThatIsDenied) {
     EXPECT_THAT(text, HasSubstr(lineStart(L"Shared memory, extended", L"does not open, error 5")));
     EXPECT_THAT(text, HasSubstr(lineStart(L"Shared memory, original", L"does not open, error 5")));
     EXPECT_THAT(text, HasSubstr(lineStart(L"Core Temp answers", L"no: it does not run")));
+}
+
+TEST_F(ReportOfTheStart, LeavesNoKeyAndNoFileOpen) {
+    const InstallationFolder folder;
+    setRun(L"\"" + folder.executable() + L"\"");
+    RegistryOverride::setText(HKEY_LOCAL_MACHINE, kProgramKey, L"InstallDir", folder.path());
+    RegistryOverride::makeKey(HKEY_CURRENT_USER,
+                              L"SOFTWARE\\Microsoft\\Windows\\CurrentVersion\\UnreadMail\\anna");
+    const auto writeAll = [](ReportWriter& each) {
+        reportProgram(each);
+        reportStart(each);
+        reportMail(each);
+        currentPrivateNames();
+    };
+    write(writeAll);
+    const std::uintptr_t before = greatestOfNextHandles();
+    for (int i = 0; i < 50; ++i) {
+        write(writeAll);
+    }
+    EXPECT_EQ(greatestOfNextHandles(), before);
 }
 
 LSTATUS WINAPI refuseKeyA(HKEY, LPCSTR, DWORD, REGSAM, PHKEY) {
