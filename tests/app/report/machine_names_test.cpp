@@ -219,7 +219,7 @@ TEST_F(NamesOfAMachine, TheDomainIsHidden) {
     EXPECT_EQ(masked(L"HILLTOP\\amuster, \\\\files.hilltop.example\\x, mail.Hilltop.example"),
               L"<computer>\\<user>, \\\\<computer>\\x, mail.<computer>");
     machine.environment[L"USERDNSDOMAIN"] = L"OTHER.EXAMPLE";
-    EXPECT_EQ(masked(L"files.other.example"), L"files.<computer>");
+    EXPECT_EQ(masked(L"files.other.example, mail.hilltop.example"), L"files.<computer>, mail.<computer>");
 }
 
 TEST_F(NamesOfAMachine, TheProfileIsHiddenInItsShortAndInItsLongForm) {
