@@ -18,8 +18,7 @@ MainPage::MainPage(Panelix::App* app, SystemInfo* sampler, Panelix::Page* menuPa
       menuPage_(menuPage) {}
 
 void MainPage::Init(Panelix::Canvas* canvas) {
-    images_ = loadMainPageImages(*canvas);
-    isPainted_ = false;
+    painter_.setImages(loadMainPageImages(*canvas));
 }
 
 bool MainPage::Update(bool /*isActive*/, const Panelix::LcdButtons& /*buttons*/) {
@@ -75,13 +74,7 @@ void MainPage::updateView() {
 
 void MainPage::show() {
     const bool readingDue = sampler_->dataReady && !view_.pictureMode;
-    if (!readingDue && isPainted_ && painted_ == view_) {
-        return;
-    }
-    // Unknown until the painting is complete: an exception may leave half of it.
-    isPainted_ = false;
-    if (paintMainPage(beginPainting(), *bitmap(), view_, images_, histories_, readingDue)) {
-        painted_ = view_;
-        isPainted_ = true;
+    if (readingDue || !painter_.shows(view_)) {
+        painter_.paint(beginPainting(), *bitmap(), view_, readingDue);
     }
 }

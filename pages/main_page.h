@@ -2,7 +2,6 @@
 
 #include "framework/core/page.h"
 #include "pages/blink.h"
-#include "pages/main_page_images.h"
 #include "pages/main_page_painter.h"
 #include "pages/main_page_view.h"
 #include "pages/mixer.h"
@@ -37,14 +36,10 @@ private:
 
     SystemInfo* sampler_;
     Panelix::Page* menuPage_;
-    MainPageImages images_;
-    MainPageHistories histories_;
+    MainPagePainter painter_;
     MixerChannel selectedChannel_ = MixerChannel::None;
     Blink blink_;
     bool pictureMode_ = false;
     /// What the page is to show. It stays from pass to pass for the memory of its texts.
     MainPageView view_;
-    /// What the page's bitmap shows, once a painting has gone well from beginning to end.
-    MainPageView painted_;
-    bool isPainted_ = false;
 };

@@ -2,11 +2,13 @@
 
 #include <bit>
 #include <string>
+#include <utility>
 
 #include "framework/drawing/blend.h"
 #include "framework/drawing/history_graph.h"
 #include "pages/figure_texts.h"
 #include "pages/main_page_layout.h"
+#include "pages/main_page_memory.h"
 #include "pages/page_drawing.h"
 #include "pages/text_tools.h"
 #include "stats/gamepad_battery_code.h"
@@ -70,14 +72,20 @@ bool isComplete(const GpuStats& stats) {
 class StatisticsPainting {
 public:
     /// All are borrowed.
-    StatisticsPainting(Gdiplus::Graphics& graphics, const MainPageView& view, const MainPageImages& images)
+    StatisticsPainting(Gdiplus::Graphics& graphics,
+                       Gdiplus::Bitmap& bitmap,
+                       const MainPageView& view,
+                       const MainPageImages& images,
+                       MainPageMemory& memory)
         : graphics_(graphics),
+          bitmap_(bitmap),
           view_(view),
-          images_(images) {}
+          images_(images),
+          memory_(memory) {}
 
     /// Whether every call of GDI+ went well.
-    bool paint(Gdiplus::Bitmap& bitmap, MainPageHistories& histories, bool record) {
-        const bool blended = drawBackdrop(bitmap);
+    bool paint(MainPageHistories& histories, bool record) {
+        drawBackdrop();
         drawMail();
         drawCpuGraph(histories.cpu, record);
         drawCpuTexts();
@@ -89,21 +97,23 @@ public:
         drawMixer();
         drawIcons();
         drawClock();
-        return allOk(graphics_, tools_.centred, tools_.rightBottom, tools_.topLeft) && blended;
+        return allOk(graphics_, bitmap_, tools_.centred, tools_.rightBottom, tools_.topLeft) && blended_;
     }
 
 private:
     void drawImageAt(MainPageImage image, PagePoint point) { drawImage(graphics_, images_[image], point); }
 
-    bool drawBackdrop(Gdiplus::Bitmap& bitmap) {
+    void drawBackdrop() {
+        if (memory_.backdrop.writeTo(bitmap_)) {
+            return;
+        }
         drawImageAt(Background, Layout::kFullScreen);
-        bool blended = true;
         if (Gdiplus::Bitmap* shade = images_[Shade]; shade != nullptr) {
-            Panelix::blendImages(bitmap, *shade, Panelix::BlendMode::Multiply);
-            blended = allOk(bitmap, *shade);
+            Panelix::blendImages(bitmap_, *shade, Panelix::BlendMode::Multiply);
+            blended_ = allOk(*shade);
         }
         drawImageAt(Overlay, Layout::kFullScreen);
-        return blended;
+        memory_.backdrop.save(bitmap_, Panelix::kWholeLcd);
     }
 
     void drawMail() {
@@ -236,22 +246,50 @@ private:
     }
 
     Gdiplus::Graphics& graphics_;
+    Gdiplus::Bitmap& bitmap_;
     const MainPageView& view_;
     const MainPageImages& images_;
+    MainPageMemory& memory_;
     const TextTools tools_;
+    bool blended_ = true;
 };
 
 }  // namespace
 
-bool paintMainPage(Gdiplus::Graphics& graphics,
-                   Gdiplus::Bitmap& bitmap,
-                   const MainPageView& view,
-                   const MainPageImages& images,
-                   MainPageHistories& histories,
-                   bool record) {
-    if (view.pictureMode) {
-        drawImage(graphics, images[Picture], Layout::kFullScreen);
-        return allOk(graphics);
+MainPagePainter::MainPagePainter() = default;
+MainPagePainter::~MainPagePainter() = default;
+
+void MainPagePainter::setImages(const MainPageImages& images) {
+    images_ = images;
+    forget();
+}
+
+void MainPagePainter::forget() {
+    memory_.reset();
+    isPainted_ = false;
+}
+
+bool MainPagePainter::paint(Gdiplus::Graphics& graphics,
+                            Gdiplus::Bitmap& bitmap,
+                            const MainPageView& view,
+                            bool record) {
+    // An exception or a failed call may leave half a painting and half a memory: both count when all is done.
+    std::unique_ptr<MainPageMemory> memory = std::move(memory_);
+    forget();
+    if (memory == nullptr) {
+        memory = std::make_unique<MainPageMemory>();
     }
-    return StatisticsPainting(graphics, view, images).paint(bitmap, histories, record);
+    bool painted = false;
+    if (view.pictureMode) {
+        drawImage(graphics, images_[Picture], Layout::kFullScreen);
+        painted = allOk(graphics, bitmap);
+    } else {
+        painted = StatisticsPainting(graphics, bitmap, view, images_, *memory).paint(histories_, record);
+    }
+    if (painted) {
+        painted_ = view;
+        isPainted_ = true;
+        memory_ = std::move(memory);
+    }
+    return painted;
 }

@@ -36,15 +36,23 @@ protected:
     bool paint(bool record = false, MixerChannel selected = MixerChannel::None) {
         MainPageView view;
         updateStatisticsView(view, snapshot, selected, expected.blinkOn, expected.clock);
-        return paintMainPage(graphics, bitmap, view, images, histories, record);
+        return painter.paint(graphics, bitmap, view, record);
     }
+
+    bool paintPicture() { return painter.paint(graphics, bitmap, {.pictureMode = true}, false); }
 
     /// A picture of one colour in the place of an image.
     Gdiplus::Bitmap& setImage(MainPageImage image, int width, int height, Gdiplus::ARGB colour) {
         owned.push_back(std::make_unique<Gdiplus::Bitmap>(width, height, PixelFormat32bppPARGB));
         Gdiplus::Graphics(owned.back().get()).Clear(Gdiplus::Color(colour));
         images[image] = owned.back().get();
+        painter.setImages(images);
         return *owned.back();
+    }
+
+    void removeImage(MainPageImage image) {
+        images[image] = nullptr;
+        painter.setImages(images);
     }
 
     Panelix::Canvas canvas;
@@ -53,7 +61,7 @@ protected:
     Snapshot snapshot;
     MainPageImages images;
     std::vector<std::unique_ptr<Gdiplus::Bitmap>> owned;
-    MainPageHistories histories;
+    MainPagePainter painter;
     ExpectedMainPage expected{.snapshot = &snapshot};
 };
 
@@ -70,9 +78,9 @@ TEST_F(MainPagePainting, ShowsTheSnapshotWithoutAnyImage) {
         change();
         graphics.Clear(Gdiplus::Color(0));
         paint();
-        PagePainter painter(&canvas);
-        expected.paint(painter, ExpectedMainPage::Ground::Empty);
-        EXPECT_TRUE(samePixels(PagePixels(bitmap), painter.pixels()));
+        PagePainter anew(&canvas);
+        expected.paint(anew, ExpectedMainPage::Ground::Empty);
+        EXPECT_TRUE(samePixels(PagePixels(bitmap), anew.pixels()));
     }
 }
 
@@ -84,8 +92,8 @@ TEST_F(MainPagePainting, RecordsALoadInEachGraphThatIsShown) {
     paint(false);
     snapshot.gpuAvailable = false;
     paint(true);
-    EXPECT_EQ(histories.cpu, (std::list<std::int32_t>{80, 80, 37}));
-    EXPECT_EQ(histories.gpu, (std::list<std::int32_t>{48}));
+    EXPECT_EQ(painter.histories().cpu, (std::list<std::int32_t>{80, 80, 37}));
+    EXPECT_EQ(painter.histories().gpu, (std::list<std::int32_t>{48}));
 }
 
 TEST_F(MainPagePainting, PutsEveryImageInItsPlace) {
@@ -121,7 +129,7 @@ TEST_F(MainPagePainting, PutsEveryImageInItsPlace) {
     };
     for (const Icon& icon : icons) {
         setOrdinaryFigures(snapshot);
-        images[icon.image] = nullptr;
+        removeImage(icon.image);
         icon.show();
         paint();
         const PagePixels without(bitmap);
@@ -136,7 +144,7 @@ TEST_F(MainPagePainting, PutsEveryImageInItsPlace) {
                     << "image " << static_cast<int>(icon.image) << " at " << x << ", " << y;
             }
         }
-        images[icon.image] = nullptr;
+        removeImage(icon.image);
     }
 }
 
@@ -153,7 +161,7 @@ TEST_F(MainPagePainting, MultipliesTheShadeIntoTheBackgroundUnderTheOverlay) {
 
 TEST_F(MainPagePainting, InPictureModeShowsThePictureAlone) {
     setImage(Picture, 320, 240, 0xFF445566);
-    EXPECT_TRUE(paintMainPage(graphics, bitmap, {.pictureMode = true}, images, histories, false));
+    EXPECT_TRUE(paintPicture());
     const PagePixels shown(bitmap);
     EXPECT_EQ(shown.at(0, 0), 0xFF445566U);
     EXPECT_EQ(shown.at(160, 225), 0xFF445566U);
@@ -162,7 +170,7 @@ TEST_F(MainPagePainting, InPictureModeShowsThePictureAlone) {
 
 TEST_F(MainPagePainting, TellsWhetherEverythingCouldBeDrawn) {
     EXPECT_FALSE(paint()) << "images are missing";
-    EXPECT_FALSE(paintMainPage(graphics, bitmap, {.pictureMode = true}, images, histories, false));
+    EXPECT_FALSE(paintPicture());
     for (const MainPageImage image : {Background, Overlay, Picture, MicrophoneOn, SpeakerOn}) {
         setImage(image, 320, 240, 0xFF808080);
     }

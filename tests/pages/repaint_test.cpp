@@ -23,15 +23,27 @@ Gdiplus::GpStatus WINGDIPAPI failOnce(Arguments... arguments) {
     return ++callCount == failingCall ? Gdiplus::OutOfMemory : original(arguments...);
 }
 
+using UnlockBits = decltype(Gdiplus::DllExports::GdipBitmapUnlockBits);
+UnlockBits* unlockBits = nullptr;
+
+/// Unlocks and says that it failed: a bitmap that stays locked could never be painted again.
+template <>
+Gdiplus::GpStatus WINGDIPAPI failOnce<unlockBits>(Gdiplus::GpBitmap* bitmap, Gdiplus::BitmapData* data) {
+    const Gdiplus::GpStatus status = unlockBits(bitmap, data);
+    return ++callCount == failingCall ? Gdiplus::OutOfMemory : status;
+}
+
 using DrawString = decltype(Gdiplus::DllExports::GdipDrawString);
 using FillRectangle = decltype(Gdiplus::DllExports::GdipFillRectangleI);
 using LockBits = decltype(Gdiplus::DllExports::GdipBitmapLockBits);
+using DrawImage = decltype(Gdiplus::DllExports::GdipDrawImageI);
 using CreateFormat = decltype(Gdiplus::DllExports::GdipCreateStringFormat);
 using FillPolygon = decltype(Gdiplus::DllExports::GdipFillPolygonI);
 
 DrawString* drawString = nullptr;
 FillRectangle* fillRectangle = nullptr;
 LockBits* lockBits = nullptr;
+DrawImage* drawImage = nullptr;
 CreateFormat* createFormat = nullptr;
 FillPolygon* fillPolygon = nullptr;
 
@@ -69,13 +81,16 @@ protected:
         }
     }
 
-    /// The first drawing has a failing call, the second none: it must paint, and the third must not.
+    /// The first drawing has a failing call, the second none: it must paint, and the third must not. Each
+    /// call fails once, or with `every` only some of them; `before` comes before the failure.
     template <typename Function, auto& original>
-    void expectHealed(const char* name) {
+    void expectHealed(
+        const char* name, const std::function<void()>& before = [] {}, int every = 1) {
         SCOPED_TRACE(name);
         const ImportOverride failing = OneFailure<Function>::template make<original>(name);
         original = failing.original<Function>();
-        for (int call = 1;; ++call) {
+        for (int call = 1;; call += every) {
+            before();
             sampler.unreadMail = 1 + call;
             callCount = 0;
             failingCall = call;
@@ -189,8 +204,27 @@ TEST_F(Repaint, ADrawingCallThatFailedIsMadeUpForInTheNextPass) {
     sampler.gpuStats.memoryLoadValid = false;
     expectHealed<DrawString, drawString>("GdipDrawString");
     expectHealed<FillRectangle, fillRectangle>("GdipFillRectangleI");
+    expectHealed<DrawImage, drawImage>("GdipDrawImageI");
     expectHealed<LockBits, lockBits>("GdipBitmapLockBits");
+    expectHealed<UnlockBits, unlockBits>("GdipBitmapUnlockBits");
     expectHealed<CreateFormat, createFormat>("GdipCreateStringFormat");
+}
+
+TEST_F(Repaint, AFailureInTheFirstPaintingWithItsImagesIsMadeUpForInTheNextPass) {
+    const auto forgetAll = [this] { page->Init(app.canvas()); };
+    expectHealed<DrawImage, drawImage>("GdipDrawImageI", forgetAll);
+    expectHealed<LockBits, lockBits>("GdipBitmapLockBits", forgetAll);
+    expectHealed<UnlockBits, unlockBits>("GdipBitmapUnlockBits", forgetAll);
+}
+
+TEST_F(Repaint, AnImageThatHasChangedSinceIsShownAfterInit) {
+    draw();
+    Gdiplus::Bitmap* const background = app.canvas()->getImage(108, 0);
+    Gdiplus::Color before;
+    ASSERT_EQ(background->GetPixel(315, 235, &before), Gdiplus::Ok);
+    background->SetPixel(315, 235, Gdiplus::Color(before.GetValue() ^ 0xFFFFFF));
+    page->Init(app.canvas());
+    drawAndCompare("another pixel in the background");
 }
 
 TEST_F(Repaint, AListIsPaintedWhenItsRowsChangeOrItsPaintingFailed) {
