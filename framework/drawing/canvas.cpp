@@ -3,6 +3,7 @@
 #include <utility>
 
 #include "framework/drawing/gdiplus_object.h"
+#include "framework/drawing/opaque_copy.h"
 #include "framework/drawing/slide.h"
 #include "framework/drawing/status_text.h"
 #include "framework/drawing/surface_settings.h"
@@ -70,7 +71,8 @@ bool Canvas::composePages(Gdiplus::Bitmap* current,
                           float progress,
                           TransitionKind direction) {
     if (previous == nullptr) {
-        return graphics_.DrawImage(current, 0, 0) == Gdiplus::Ok;
+        const bool copied = current != nullptr && copyIfOpaque(*current, surface_);
+        return copied || graphics_.DrawImage(current, 0, 0) == Gdiplus::Ok;
     }
     const SlideOffsets offsets = slideOffsets(progress, direction);
     const Gdiplus::Status left = graphics_.DrawImage(previous, offsets.previousX, offsets.previousY);

@@ -241,9 +241,23 @@ Gdiplus::GpStatus WINGDIPAPI refuseImages(Gdiplus::GpGraphics* graphics,
     return drawImage(graphics, image, x, y);
 }
 
+using LockBits = decltype(Gdiplus::DllExports::GdipBitmapLockBits);
+LockBits* lockBits = nullptr;
+
+/// A page that cannot be copied is drawn: as long as no drawing works, copying does not either.
+Gdiplus::GpStatus WINGDIPAPI refuseLocks(Gdiplus::GpBitmap* bitmap,
+                                         GDIPCONST Gdiplus::GpRect* rect,
+                                         UINT mode,
+                                         Gdiplus::PixelFormat format,
+                                         Gdiplus::BitmapData* data) {
+    return refusedImages > 0 ? Gdiplus::OutOfMemory : lockBits(bitmap, rect, mode, format, data);
+}
+
 TEST_F(AppWithKeyboard, ACompositionThatFailedIsRepeatedInTheNextPass) {
     const ImportOverride refusing("gdiplus.dll", "GdipDrawImageI", refuseImages);
     drawImage = refusing.original<DrawImage>();
+    const ImportOverride refusingLocks("gdiplus.dll", "GdipBitmapLockBits", refuseLocks);
+    lockBits = refusingLocks.original<LockBits>();
     refusedImages = 2;
     run(5);
     const auto shown = frames();

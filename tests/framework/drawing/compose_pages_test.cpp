@@ -5,6 +5,7 @@
 #include <cstdint>
 
 #include "tests/framework/drawing/drawing_fixture.h"
+#include "tests/support/import_override.h"
 
 using Panelix::Canvas;
 using Panelix::kLcdHeight;
@@ -22,6 +23,19 @@ constexpr std::uint32_t kPrevious = 0xFF800000;
 std::uint32_t pagePixel(std::uint32_t page, int x, int y) {
     return page | static_cast<std::uint32_t>(x / 2) << 8 | static_cast<std::uint32_t>(y) |
            (x % 2 ? 0x10000 : 0U);
+}
+
+/// Locks of bitmaps, counted from 1; `failingLock` is refused.
+int lockCount = 0;
+int failingLock = 0;
+decltype(Gdiplus::DllExports::GdipBitmapLockBits)* lockBits = nullptr;
+
+Gdiplus::GpStatus WINGDIPAPI refuseOneLock(Gdiplus::GpBitmap* bitmap,
+                                           GDIPCONST Gdiplus::GpRect* rect,
+                                           UINT mode,
+                                           Gdiplus::PixelFormat format,
+                                           Gdiplus::BitmapData* data) {
+    return ++lockCount == failingLock ? Gdiplus::Win32Error : lockBits(bitmap, rect, mode, format, data);
 }
 
 class ComposePages : public DrawingTest {
@@ -129,6 +143,37 @@ TEST_F(ComposePages, TransparentPartsShowWhatWasThere) {
     canvas_.composePages(&previous_.bitmap, nullptr, 0.0F, kAtRest);
     canvas_.composePages(&current_.bitmap, nullptr, 0.0F, kAtRest);
     EXPECT_TRUE(samePicture(frameOf(canvas_), plainPicture(kLcdWidth, kLcdHeight, 0xFF0000FF)));
+}
+
+TEST_F(ComposePages, OneTranslucentPixelShowsWhatWasThere) {
+    previous_.fill(0xFF0000FF);
+    for (const Gdiplus::Point& place :
+         {Gdiplus::Point(0, 0), Gdiplus::Point(kLcdWidth - 1, kLcdHeight - 1), Gdiplus::Point(160, 120)}) {
+        current_.fill(0xFF00FF00);
+        current_.bitmap.SetPixel(place.X, place.Y, Gdiplus::Color(0x80000000));
+        Screen drawn;
+        drawn.graphics.DrawImage(&previous_.bitmap, 0, 0);
+        drawn.graphics.DrawImage(&current_.bitmap, 0, 0);
+        canvas_.composePages(&previous_.bitmap, nullptr, 0.0F, kAtRest);
+        EXPECT_TRUE(canvas_.composePages(&current_.bitmap, nullptr, 0.0F, kAtRest));
+        EXPECT_TRUE(samePicture(frameOf(canvas_), drawn.picture())) << place.X;
+    }
+}
+
+TEST_F(ComposePages, APageOrCanvasThatCannotBeLockedIsDrawnAndLeavesNoFailure) {
+    const ImportOverride locking("gdiplus.dll", "GdipBitmapLockBits", refuseOneLock);
+    lockBits = locking.original<decltype(refuseOneLock)>();
+    for (const int failing : {1, 2}) {
+        failingLock = 0;
+        canvas_.composePages(&previous_.bitmap, nullptr, 0.0F, kAtRest);
+        lockCount = 0;
+        failingLock = failing;
+        EXPECT_TRUE(canvas_.composePages(&current_.bitmap, nullptr, 0.0F, kAtRest)) << failing;
+        EXPECT_GE(lockCount, failing);
+        failingLock = 0;
+        EXPECT_EQ(current_.bitmap.GetLastStatus(), Gdiplus::Ok) << failing;
+        EXPECT_TRUE(samePicture(frameOf(canvas_), expected(0, 0, 0, 0))) << failing;
+    }
 }
 
 TEST_F(ComposePages, PresentingDrawsTheSurfaceAtTheOrigin) {
