@@ -1,6 +1,7 @@
 #include "pages/main_page_painter.h"
 
 #include <bit>
+#include <optional>
 #include <string>
 #include <utility>
 
@@ -18,51 +19,28 @@ using enum MainPageImage;
 
 namespace {
 
-struct GraphColours {
-    Argb label;
-    Argb level;
-    Argb bar;
-    Argb history;
+/// What the two graphs differ in.
+struct GraphStyle {
+    const wchar_t* label;
+    PagePoint topLeft;
+    Argb labelColour;
+    Argb levelColour;
+    Argb barColour;
+    Argb historyColour;
 };
 
-constexpr GraphColours kCpuGraphColours{
-    Palette::kCpuText, Palette::kCpuLevel, Palette::kMemoryBar, Palette::kCpuHistory};
-constexpr GraphColours kGpuGraphColours{
-    Palette::kGpuText, Palette::kGpuLevel, Palette::kGpuMemoryBar, Palette::kGpuHistory};
-
-struct GraphReading {
-    int value;
-    int barValue;
-    /// Add the value to the history.
-    bool record;
-};
-
-void drawGraph(Gdiplus::Graphics& graphics,
-               const wchar_t* label,
-               PagePoint topLeft,
-               const GraphColours& colours,
-               const GraphReading& reading,
-               std::list<std::int32_t>& history) {
-    const Gdiplus::SolidBrush labelBrush{Gdiplus::Color(colours.label)};
-    const Gdiplus::SolidBrush levelBrush{Gdiplus::Color(colours.level)};
-    const Gdiplus::SolidBrush barBrush{Gdiplus::Color(colours.bar)};
-    const Gdiplus::Pen historyPen(Gdiplus::Color(colours.history), 1.0F);
-    const Panelix::HistoryGraph graph{
-        .label = label,
-        .labelBrush = &labelBrush,
-        .areaBrush = &levelBrush,
-        .barBrush = &barBrush,
-        .linePen = &historyPen,
-        .x = topLeft.x,
-        .y = topLeft.y,
-        .width = Layout::kGraphWidth,
-        .barGap = Layout::kGraphBarGap,
-        .barWidth = Layout::kGraphBarWidth,
-        .value = reading.value,
-        .barValue = reading.barValue,
-    };
-    Panelix::drawHistoryGraph(graphics, graph, history, reading.record);
-}
+constexpr GraphStyle kCpuGraph{L"CPU",
+                               Layout::kCpuGraph,
+                               Palette::kCpuText,
+                               Palette::kCpuLevel,
+                               Palette::kMemoryBar,
+                               Palette::kCpuHistory};
+constexpr GraphStyle kGpuGraph{L"GPU",
+                               Layout::kGpuGraph,
+                               Palette::kGpuText,
+                               Palette::kGpuLevel,
+                               Palette::kGpuMemoryBar,
+                               Palette::kGpuHistory};
 
 bool isComplete(const GpuStats& stats) {
     return stats.loadValid && stats.temperatureValid && stats.memoryLoadValid && stats.coreClockValid;
@@ -87,7 +65,7 @@ public:
     bool paint(MainPageHistories& histories, bool record) {
         drawBackdrop();
         drawMail();
-        drawCpuGraph(histories.cpu, record);
+        drawGraph(kCpuGraph, view_.cpuLoad, view_.memoryLoad, histories.cpu, record, memory_.cpuPlates);
         drawCpuTexts();
         if (view_.gpuAvailable) {
             drawGpu(histories.gpu, record);
@@ -97,20 +75,21 @@ public:
         drawMixer();
         drawIcons();
         drawClock();
-        return allOk(graphics_, bitmap_, tools_.centred, tools_.rightBottom, tools_.topLeft) && blended_;
+        return allOk(graphics_, bitmap_, tools_.centred, tools_.rightBottom, tools_.topLeft) && !failed_;
     }
 
 private:
     void drawImageAt(MainPageImage image, PagePoint point) { drawImage(graphics_, images_[image], point); }
 
     void drawBackdrop() {
-        if (memory_.backdrop.writeTo(bitmap_)) {
+        backdropIsKept_ = memory_.backdrop.writeTo(bitmap_);
+        if (backdropIsKept_) {
             return;
         }
         drawImageAt(Background, Layout::kFullScreen);
         if (Gdiplus::Bitmap* shade = images_[Shade]; shade != nullptr) {
             Panelix::blendImages(bitmap_, *shade, Panelix::BlendMode::Multiply);
-            blended_ = allOk(*shade);
+            failed_ = !allOk(*shade);
         }
         drawImageAt(Overlay, Layout::kFullScreen);
         memory_.backdrop.save(bitmap_, Panelix::kWholeLcd);
@@ -130,9 +109,46 @@ private:
                  brush);
     }
 
-    void drawCpuGraph(std::list<std::int32_t>& history, bool record) {
-        const GraphReading reading{view_.cpuLoad, view_.memoryLoad, record};
-        drawGraph(graphics_, L"CPU", Layout::kCpuGraph, kCpuGraphColours, reading, history);
+    void drawGraph(const GraphStyle& style,
+                   int value,
+                   int barValue,
+                   std::list<std::int32_t>& history,
+                   bool record,
+                   std::optional<Panelix::GraphPlates>& plates) {
+        const Gdiplus::SolidBrush labelBrush{Gdiplus::Color(style.labelColour)};
+        const Gdiplus::SolidBrush levelBrush{Gdiplus::Color(style.levelColour)};
+        const Gdiplus::SolidBrush barBrush{Gdiplus::Color(style.barColour)};
+        const Gdiplus::Pen historyPen(Gdiplus::Color(style.historyColour), 1.0F);
+        const Panelix::HistoryGraph graph{
+            .label = style.label,
+            .labelBrush = &labelBrush,
+            .areaBrush = &levelBrush,
+            .barBrush = &barBrush,
+            .linePen = &historyPen,
+            .x = style.topLeft.x,
+            .y = style.topLeft.y,
+            .width = Layout::kGraphWidth,
+            .barGap = Layout::kGraphBarGap,
+            .barWidth = Layout::kGraphBarWidth,
+            .value = value,
+            .barValue = barValue,
+        };
+        Panelix::addHistorySample(graph, history, record);
+        makePlates(graph, plates);
+        if (plates && plates->drawPlot(bitmap_, value, history)) {
+            Panelix::drawHistoryBar(graphics_, graph);
+            Panelix::drawHistoryLabel(graphics_, graph);
+        } else {
+            Panelix::drawHistoryGraph(graphics_, graph, history, false);
+        }
+    }
+
+    /// The first painting does without: plates take as long as some paintings, and it is waited for.
+    void makePlates(const Panelix::HistoryGraph& graph, std::optional<Panelix::GraphPlates>& plates) {
+        if (!plates && backdropIsKept_) {
+            plates = Panelix::GraphPlates::make(memory_.backdrop, graph);
+            failed_ = failed_ || !plates;
+        }
     }
 
     void drawDetail(const std::wstring& text, PagePoint point, const Gdiplus::Brush& brush) {
@@ -160,8 +176,7 @@ private:
         const GpuStats& stats = view_.gpuStats;
         const Gdiplus::SolidBrush brush{Gdiplus::Color(Palette::kGpuText)};
         if (stats.loadValid) {
-            const GraphReading reading{stats.load, stats.memoryLoad, record};
-            drawGraph(graphics_, L"GPU", Layout::kGpuGraph, kGpuGraphColours, reading, history);
+            drawGraph(kGpuGraph, stats.load, stats.memoryLoad, history, record, memory_.gpuPlates);
         }
         drawDetail(view_.gpuName, Layout::kGpuName, brush);
         if (stats.coreClockValid) {
@@ -251,7 +266,10 @@ private:
     const MainPageImages& images_;
     MainPageMemory& memory_;
     const TextTools tools_;
-    bool blended_ = true;
+    /// The backdrop of an earlier painting is under this one.
+    bool backdropIsKept_ = false;
+    /// A call has failed on an object that is gone or not asked at the end.
+    bool failed_ = false;
 };
 
 }  // namespace

@@ -16,15 +16,6 @@ constexpr int kLabelTopPx = 85;
 /// GDI+ leaves some room above a line of text.
 constexpr Gdiplus::REAL kLabelLiftPx = 4.0F;
 
-void addSample(std::list<std::int32_t>& history, const HistoryGraph& graph, bool record) {
-    if (record) {
-        history.push_front(graph.value);
-    }
-    if (!history.empty() && std::cmp_greater(history.size(), graph.width)) {
-        history.pop_back();
-    }
-}
-
 /// Fills a bar that stands on the plot's lower edge.
 void fillBar(Gdiplus::Graphics& target,
              const Gdiplus::Brush* brush,
@@ -48,7 +39,23 @@ void drawSamples(Gdiplus::Graphics& target,
     }
 }
 
-void drawLabel(Gdiplus::Graphics& target, const HistoryGraph& graph) {
+}  // namespace
+
+void addHistorySample(const HistoryGraph& graph, std::list<std::int32_t>& history, bool record) {
+    if (record) {
+        history.push_front(graph.value);
+    }
+    if (!history.empty() && std::cmp_greater(history.size(), graph.width)) {
+        history.pop_back();
+    }
+}
+
+void drawHistoryBar(Gdiplus::Graphics& target, const HistoryGraph& graph) {
+    fillBar(
+        target, graph.barBrush, graph.x + graph.width + graph.barGap, graph.barWidth, graph, graph.barValue);
+}
+
+void drawHistoryLabel(Gdiplus::Graphics& target, const HistoryGraph& graph) {
     const Gdiplus::FontFamily family(kFontFace);
     const Gdiplus::Font font(&family, kLabelSizePx, Gdiplus::FontStyleRegular, Gdiplus::UnitPixel);
     // A box without size neither wraps nor clips.
@@ -59,18 +66,15 @@ void drawLabel(Gdiplus::Graphics& target, const HistoryGraph& graph) {
     target.DrawString(graph.label.c_str(), -1, &font, box, nullptr, graph.labelBrush);
 }
 
-}  // namespace
-
 void drawHistoryGraph(Gdiplus::Graphics& target,
                       const HistoryGraph& graph,
                       std::list<std::int32_t>& history,
                       bool record) {
     fillBar(target, graph.areaBrush, graph.x, graph.width, graph, graph.value);
-    fillBar(
-        target, graph.barBrush, graph.x + graph.width + graph.barGap, graph.barWidth, graph, graph.barValue);
-    addSample(history, graph, record);
+    drawHistoryBar(target, graph);
+    addHistorySample(graph, history, record);
     drawSamples(target, graph, history);
-    drawLabel(target, graph);
+    drawHistoryLabel(target, graph);
 }
 
 }  // namespace Panelix

@@ -39,4 +39,12 @@ void drawHistoryGraph(Gdiplus::Graphics& target,
                       std::list<std::int32_t>& history,
                       bool record);
 
+// Steps of drawHistoryGraph, for a graph whose plot is drawn in another way.
+
+void addHistorySample(const HistoryGraph& graph, std::list<std::int32_t>& history, bool record);
+
+void drawHistoryBar(Gdiplus::Graphics& target, const HistoryGraph& graph);
+
+void drawHistoryLabel(Gdiplus::Graphics& target, const HistoryGraph& graph);
+
 }  // namespace Panelix

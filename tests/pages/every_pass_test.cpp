@@ -30,6 +30,7 @@
 #include "tests/pages/expected_list_page.h"
 #include "tests/pages/expected_main_page.h"
 #include "tests/pages/sample_snapshot.h"
+#include "tests/support/failing_gdiplus.h"
 #include "tests/support/gdiplus_ledger.h"
 #include "tests/support/temporary_folder.h"
 
@@ -45,6 +46,12 @@ using Panelix::LcdButtons;
 using Panelix::LcdFrame;
 using Panelix::TransitionKind;
 namespace LcdSdk = Panelix::LcdSdk;
+
+constexpr int kGraphColumns = 201;
+/// So many readings in a row, of so many, may be beyond the scale. They stay in the graphs for a whole
+/// history.
+constexpr unsigned kReadingsBeyondScale = 4;
+constexpr unsigned kReadings = 400;
 
 constexpr unsigned kUsualPasses = 2'000;
 /// Where ./test.sh was told to run the long forms of tests.
@@ -230,6 +237,7 @@ protected:
         }
         auto devicePage = std::make_unique<AudioDevicePage>(&app_, &sampler_);
         auto mainPage = std::make_unique<MainPage>(&app_, &sampler_, devicePage.get());
+        mainPage_ = mainPage.get();
         app_.SetMainPage(std::move(mainPage));
         app_.AddPage(std::move(devicePage), false);
         app_.AddPage(std::make_unique<OptionsPage>(&app_), false);
@@ -245,6 +253,7 @@ protected:
             page = std::make_unique<PagePainter>(&canvas_);
         }
         shown_ = canvas_.toLcdFrame();
+        fillHistories();
     }
 
     void run() {
@@ -256,21 +265,39 @@ protected:
         const std::chrono::duration<double> taken = std::chrono::steady_clock::now() - start;
         std::printf(
             "%u passes checked in %.0f s, %d of them shown anew, %u pages painted anew, %u switches, "
-            "%u screenshots\n",
+            "%u screenshots, %u with a failed call of GDI+\n"
+            "%u paintings of the main page, %u of them without a line drawn\n",
             checked_,
             taken.count(),
             conversions,
             repainted_,
             switches_,
-            screenshots_);
+            screenshots_,
+            failures_,
+            mainPaintings_,
+            chosenGraphs_);
         EXPECT_EQ(checked_, passes_);
         EXPECT_LT(conversions, static_cast<int>(checked_) * 9 / 10) << "some passes change nothing";
         EXPECT_GT(switches_, 0U);
         EXPECT_GT(screenshots_, 0U);
+        EXPECT_GT(failures_, 0U);
+        EXPECT_GT(chosenGraphs_, mainPaintings_ / 4);
     }
 
 private:
+    /// A minute's readings before the first pass.
+    void fillHistories() {
+        for (int reading = 0; reading < kGraphColumns; ++reading) {
+            sampler_.dataReady = true;
+            sampler_.cpuLoad = static_cast<std::uint32_t>(load());
+            sampler_.gpuStats.load = load();
+            recordReading();
+            mainPage_->Draw(app_.canvas(), {});
+        }
+    }
+
     bool drive(const LcdButtons& buttons) {
+        endPass();
         log_.clear();
         if (pass_ > 0 && !check()) {
             return false;
@@ -285,18 +312,63 @@ private:
         const PageName before = model_.active;
         model_.pass(buttons, sampler_.dataReady);
         switches_ += model_.active != before ? 1U : 0U;
-        chooseButtons();
+        if (chance(100)) {
+            // As if the images were new.
+            mainPage_->Init(app_.canvas());
+        }
+        const bool mayFail = chance(20);
+        chooseButtons(mayFail);
+        // A painting with all of its lines has about 500 calls, one without them about 50.
+        gdiplus_.failCall(mayFail ? 1 + static_cast<int>(below(chance(3) ? 500 : 50)) : 0);
         return true;
+    }
+
+    /// From here on the calls are the test's own.
+    void endPass() {
+        hasFailed_ = gdiplus_.hasFailed();
+        failures_ += hasFailed_ ? 1U : 0U;
+        // Only the main page fills as many rectangles: its bars.
+        if (gdiplus_.calls("GdipFillRectangleI") > 2) {
+            ++mainPaintings_;
+            chosenGraphs_ += gdiplus_.calls("GdipDrawLineI") == 0 ? 1U : 0U;
+        }
+        gdiplus_.failCall(0);
     }
 
     unsigned below(unsigned limit) { return static_cast<unsigned>(random_() % limit); }
     bool chance(unsigned oneOf) { return below(oneOf) == 0; }
     /// A figure in percent, some beyond the scale, and often one that was there before.
     int percent() { return std::array{0, 1, 37, 38, 62, 99, 100, 101, 150, -20, 400, -400}[below(12)]; }
+    /// Also in percent, on the scale but for a few readings in a row.
+    int load() {
+        if (readings_ % kReadings < kReadingsBeyondScale) {
+            return percent();
+        }
+        return chance(2) ? std::array{0, 1, 37, 38, 62, 99, 100, 100}[below(8)]
+                         : static_cast<int>(below(101));
+    }
     int volume() { return std::array{0, 1, 50, 51, 99, 100}[below(6)]; }
 
+    /// What drivers may call a processor: also far too long, in many lines, and in characters that the font
+    /// lacks.
+    std::wstring name() {
+        const std::array<std::wstring, 12> kNames{L"Core i7-8700K @ 3.70GHz",
+                                                  L"Ryzen",
+                                                  L"GeForce GTX 1080",
+                                                  L"",
+                                                  L" ",
+                                                  std::wstring(80, L'W'),
+                                                  L"Q|jgy&&A&B()[]{}_^~",
+                                                  L"\u00C5\u00DC\u0110\u1EA4 \u00AE\u2122",
+                                                  L"\u4E2D\u6587 \u0627\u0644 \xD83D\xDE00",
+                                                  L"\tTab\tand\x01 more",
+                                                  L"Two\nlines",
+                                                  L"1\r\n2\n3\n4\n5\n6\n7\n8\n9\n10\n11\n12\n13\n14"};
+        return kNames[below(kNames.size())];
+    }
+
     void changeFigures() {
-        if (chance(4)) {
+        if (chance(2)) {
             takeReading();
         }
         if (chance(6)) {
@@ -310,9 +382,9 @@ private:
     void takeReading() {
         sampler_.dataReady = true;
         if (chance(2)) {
-            sampler_.cpuLoad = static_cast<std::uint32_t>(percent());
+            sampler_.cpuLoad = static_cast<std::uint32_t>(load());
             sampler_.memoryLoad = percent();
-            sampler_.gpuStats.load = percent();
+            sampler_.gpuStats.load = load();
             sampler_.gpuStats.memoryLoad = percent();
         }
     }
@@ -326,7 +398,7 @@ private:
                 sampler_.cpuTempFahrenheit = chance(2);
                 break;
             case 2:
-                sampler_.cpuName = std::array{L"Core i7-8700K @ 3.70GHz", L"Ryzen", L""}[below(3)];
+                sampler_.cpuName = name();
                 break;
             case 3:
                 sampler_.cpuClockText =
@@ -358,7 +430,7 @@ private:
                 sampler_.gpuStats.coreClockValid = !chance(4);
                 break;
             case 12:
-                sampler_.gpuName = std::array{L"GeForce GTX 1080", L"Radeon", L""}[below(3)];
+                sampler_.gpuName = name();
                 break;
             case 13:
                 sampler_.gpuAvailable = !chance(4);
@@ -384,8 +456,8 @@ private:
         sampler_.speakerMuted = chance(2);
     }
 
-    /// The buttons of the next pass: often those of this one, or none.
-    void chooseButtons() {
+    /// The buttons of the next pass: often those of this one, or none; `quiet` for none.
+    void chooseButtons(bool quiet) {
         constexpr std::array<std::uint32_t, 7> kMasks{LcdSdk::kButtonUp,
                                                       LcdSdk::kButtonRight,
                                                       LcdSdk::kButtonDown,
@@ -408,6 +480,10 @@ private:
             // It would end the program.
             mask_ &= ~std::uint32_t{LcdSdk::kButtonOk};
         }
+        if (quiet) {
+            // What failed is made up for by the page that shows it.
+            mask_ = 0;
+        }
         ASSERT_TRUE(keyboard.addScriptStep(mask_, 1));
     }
 
@@ -428,7 +504,8 @@ private:
             return false;
         }
         const auto [wrong, right] = std::mismatch(frame->pixels.begin(), frame->pixels.end(), shown_.get());
-        if (wrong != frame->pixels.end()) {
+        // What a failed call has left undone is anybody's guess, and made up for in the pass after it.
+        if (wrong != frame->pixels.end() && !hasFailed_) {
             const auto pixel = (wrong - frame->pixels.begin()) / 4;
             ADD_FAILURE() << "pass " << checked_ << ", page " << static_cast<int>(model_.active)
                           << ", first at (" << pixel % 320 << ", " << pixel / 320 << ")";
@@ -464,10 +541,7 @@ private:
             return;
         }
         if (model_.recorded) {
-            record(expectedMain_.cpuHistory, static_cast<int>(sampler_.cpuLoad));
-            if (sampler_.gpuAvailable && sampler_.gpuStats.loadValid) {
-                record(expectedMain_.gpuHistory, sampler_.gpuStats.load);
-            }
+            recordReading();
         }
         expectedMain_.selectedChannel = model_.channel;
         expectedMain_.blinkOn = model_.blinkOn;
@@ -475,9 +549,17 @@ private:
         expectedMain_.paint(page);
     }
 
+    void recordReading() {
+        ++readings_;
+        record(expectedMain_.cpuHistory, static_cast<int>(sampler_.cpuLoad));
+        if (sampler_.gpuAvailable && sampler_.gpuStats.loadValid) {
+            record(expectedMain_.gpuHistory, sampler_.gpuStats.load);
+        }
+    }
+
     static void record(std::deque<int>& history, int value) {
         history.push_front(value);
-        history.resize(std::min<std::size_t>(history.size(), 201));
+        history.resize(std::min<std::size_t>(history.size(), kGraphColumns));
     }
 
     void paintDevices(PagePainter& page) const {
@@ -530,6 +612,8 @@ private:
     ProbeApp app_{1};
     Standins::LoadedCoreAudio audioClasses_;
     GivenFigures sampler_;
+    FailingGdiplus gdiplus_;
+    MainPage* mainPage_ = nullptr;
 
     Model model_;
     std::uint32_t mask_ = 0;
@@ -538,6 +622,12 @@ private:
     unsigned repainted_ = 0;
     unsigned switches_ = 0;
     unsigned screenshots_ = 0;
+    unsigned failures_ = 0;
+    unsigned mainPaintings_ = 0;
+    unsigned chosenGraphs_ = 0;
+    /// Recorded so far, and some more: the first ones are on the scale.
+    unsigned readings_ = kReadingsBeyondScale;
+    bool hasFailed_ = false;
     /// What the pass that is checked must look like.
     Panelix::Canvas canvas_;
     Gdiplus::Bitmap backdrop_{PagePixels::kWidth, PagePixels::kHeight, PixelFormat32bppPARGB};

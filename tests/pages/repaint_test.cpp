@@ -6,60 +6,13 @@
 
 #include "pages/options_page.h"
 #include "tests/pages/main_page_fixture.h"
-#include "tests/support/import_override.h"
+#include "tests/support/failing_gdiplus.h"
 
 // When the pages paint, and when not: a page that was painted over shows whether it was painted again.
 
 namespace {
 
 using Panelix::LcdButton;
-
-/// The call of the overridden function, counted from 1, that fails; 0 for none.
-int failingCall = 0;
-int callCount = 0;
-
-template <auto& original, typename... Arguments>
-Gdiplus::GpStatus WINGDIPAPI failOnce(Arguments... arguments) {
-    return ++callCount == failingCall ? Gdiplus::OutOfMemory : original(arguments...);
-}
-
-using UnlockBits = decltype(Gdiplus::DllExports::GdipBitmapUnlockBits);
-UnlockBits* unlockBits = nullptr;
-
-/// Unlocks and says that it failed: a bitmap that stays locked could never be painted again.
-template <>
-Gdiplus::GpStatus WINGDIPAPI failOnce<unlockBits>(Gdiplus::GpBitmap* bitmap, Gdiplus::BitmapData* data) {
-    const Gdiplus::GpStatus status = unlockBits(bitmap, data);
-    return ++callCount == failingCall ? Gdiplus::OutOfMemory : status;
-}
-
-using DrawString = decltype(Gdiplus::DllExports::GdipDrawString);
-using FillRectangle = decltype(Gdiplus::DllExports::GdipFillRectangleI);
-using LockBits = decltype(Gdiplus::DllExports::GdipBitmapLockBits);
-using DrawImage = decltype(Gdiplus::DllExports::GdipDrawImageI);
-using CreateFormat = decltype(Gdiplus::DllExports::GdipCreateStringFormat);
-using FillPolygon = decltype(Gdiplus::DllExports::GdipFillPolygonI);
-
-DrawString* drawString = nullptr;
-FillRectangle* fillRectangle = nullptr;
-LockBits* lockBits = nullptr;
-DrawImage* drawImage = nullptr;
-CreateFormat* createFormat = nullptr;
-FillPolygon* fillPolygon = nullptr;
-
-/// Makes one call of one GDI+ function fail.
-template <typename Function>
-struct OneFailure;
-
-template <typename... Arguments>
-struct OneFailure<Gdiplus::GpStatus(Arguments...)> {
-    using Function = Gdiplus::GpStatus(Arguments...);
-
-    template <auto& original>
-    static ImportOverride make(const char* name) {
-        return ImportOverride("gdiplus.dll", name, failOnce<original, Arguments...>);
-    }
-};
 
 class Repaint : public MainPageOnKeyboard {
 protected:
@@ -82,21 +35,18 @@ protected:
     }
 
     /// The first drawing has a failing call, the second none: it must paint, and the third must not. Each
-    /// call fails once, or with `every` only some of them; `before` comes before the failure.
-    template <typename Function, auto& original>
+    /// call fails once, or only some with `every`; `before` comes before the failure.
     void expectHealed(
-        const char* name, const std::function<void()>& before = [] {}, int every = 1) {
-        SCOPED_TRACE(name);
-        const ImportOverride failing = OneFailure<Function>::template make<original>(name);
-        original = failing.original<Function>();
+        const std::string& function, const std::function<void()>& before = [] {}, int every = 1) {
+        SCOPED_TRACE(function);
+        FailingGdiplus gdiplus;
         for (int call = 1;; call += every) {
             before();
             sampler.unreadMail = 1 + call;
-            callCount = 0;
-            failingCall = call;
+            gdiplus.failCall(call, function);
             page->Draw(app.canvas(), {});
-            const bool failed = callCount >= failingCall;
-            failingCall = 0;
+            const bool failed = gdiplus.hasFailed();
+            gdiplus.failCall(0);
             if (!failed) {
                 EXPECT_GT(call, 1);
                 return;
@@ -202,19 +152,33 @@ TEST_F(Repaint, AnImageThatIsMissingIsTriedInEveryPass) {
 
 TEST_F(Repaint, ADrawingCallThatFailedIsMadeUpForInTheNextPass) {
     sampler.gpuStats.memoryLoadValid = false;
-    expectHealed<DrawString, drawString>("GdipDrawString");
-    expectHealed<FillRectangle, fillRectangle>("GdipFillRectangleI");
-    expectHealed<DrawImage, drawImage>("GdipDrawImageI");
-    expectHealed<LockBits, lockBits>("GdipBitmapLockBits");
-    expectHealed<UnlockBits, unlockBits>("GdipBitmapUnlockBits");
-    expectHealed<CreateFormat, createFormat>("GdipCreateStringFormat");
+    for (const char* function : {"GdipDrawString",
+                                 "GdipFillRectangleI",
+                                 "GdipDrawImageI",
+                                 "GdipBitmapLockBits",
+                                 "GdipBitmapUnlockBits",
+                                 "GdipCreateStringFormat"}) {
+        expectHealed(function);
+    }
+}
+
+TEST_F(Repaint, AFailureInTheSecondPaintingWhichPreparesTheGraphsIsMadeUpForInTheNextPass) {
+    const auto paintOnce = [this] {
+        page->Init(app.canvas());
+        draw();
+    };
+    expectHealed("GdipCreateBitmapFromScan0", paintOnce);
+    expectHealed("GdipGetImageGraphicsContext", paintOnce);
+    // All are alike.
+    expectHealed("GdipDrawLineI", paintOnce, 97);
 }
 
 TEST_F(Repaint, AFailureInTheFirstPaintingWithItsImagesIsMadeUpForInTheNextPass) {
     const auto forgetAll = [this] { page->Init(app.canvas()); };
-    expectHealed<DrawImage, drawImage>("GdipDrawImageI", forgetAll);
-    expectHealed<LockBits, lockBits>("GdipBitmapLockBits", forgetAll);
-    expectHealed<UnlockBits, unlockBits>("GdipBitmapUnlockBits", forgetAll);
+    for (const char* function :
+         {"GdipDrawImageI", "GdipBitmapLockBits", "GdipBitmapUnlockBits", "GdipDrawString"}) {
+        expectHealed(function, forgetAll);
+    }
 }
 
 TEST_F(Repaint, AnImageThatHasChangedSinceIsShownAfterInit) {
@@ -245,18 +209,16 @@ TEST_F(Repaint, AListIsPaintedWhenItsRowsChangeOrItsPaintingFailed) {
     options.Init(app.canvas());
     EXPECT_TRUE(paints());
 
-    const ImportOverride polygon = OneFailure<FillPolygon>::make<fillPolygon>("GdipFillPolygonI");
-    fillPolygon = polygon.original<FillPolygon>();
-    const ImportOverride format = OneFailure<CreateFormat>::make<createFormat>("GdipCreateStringFormat");
-    createFormat = format.original<CreateFormat>();
-    // The two formats, then the arrow.
-    for (int call = 1; call <= 3; ++call) {
-        callCount = 0;
-        failingCall = call;
-        EXPECT_TRUE(paints(down({call % 2 == 1 ? LcdButton::Down : LcdButton::Up})));
-        EXPECT_GE(callCount, call);
-        EXPECT_TRUE(paints()) << "made up for, call " << call;
+    FailingGdiplus gdiplus;
+    bool goesDown = true;
+    for (const char* function : {"GdipCreateStringFormat", "GdipFillPolygonI", "GdipDrawString"}) {
+        gdiplus.failCall(1, function);
+        EXPECT_TRUE(paints(down({goesDown ? LcdButton::Down : LcdButton::Up})));
+        EXPECT_TRUE(gdiplus.hasFailed()) << function;
+        gdiplus.failCall(0);
+        EXPECT_TRUE(paints()) << "made up for, " << function;
         EXPECT_FALSE(paints());
+        goesDown = !goesDown;
     }
 }
 

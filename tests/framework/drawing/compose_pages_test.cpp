@@ -5,7 +5,7 @@
 #include <cstdint>
 
 #include "tests/framework/drawing/drawing_fixture.h"
-#include "tests/support/import_override.h"
+#include "tests/support/failing_gdiplus.h"
 
 using Panelix::Canvas;
 using Panelix::kLcdHeight;
@@ -23,19 +23,6 @@ constexpr std::uint32_t kPrevious = 0xFF800000;
 std::uint32_t pagePixel(std::uint32_t page, int x, int y) {
     return page | static_cast<std::uint32_t>(x / 2) << 8 | static_cast<std::uint32_t>(y) |
            (x % 2 ? 0x10000 : 0U);
-}
-
-/// Locks of bitmaps, counted from 1; `failingLock` is refused.
-int lockCount = 0;
-int failingLock = 0;
-decltype(Gdiplus::DllExports::GdipBitmapLockBits)* lockBits = nullptr;
-
-Gdiplus::GpStatus WINGDIPAPI refuseOneLock(Gdiplus::GpBitmap* bitmap,
-                                           GDIPCONST Gdiplus::GpRect* rect,
-                                           UINT mode,
-                                           Gdiplus::PixelFormat format,
-                                           Gdiplus::BitmapData* data) {
-    return ++lockCount == failingLock ? Gdiplus::Win32Error : lockBits(bitmap, rect, mode, format, data);
 }
 
 class ComposePages : public DrawingTest {
@@ -161,19 +148,23 @@ TEST_F(ComposePages, OneTranslucentPixelShowsWhatWasThere) {
 }
 
 TEST_F(ComposePages, APageOrCanvasThatCannotBeLockedIsDrawnAndLeavesNoFailure) {
-    const ImportOverride locking("gdiplus.dll", "GdipBitmapLockBits", refuseOneLock);
-    lockBits = locking.original<decltype(refuseOneLock)>();
+    FailingGdiplus gdiplus;
     for (const int failing : {1, 2}) {
-        failingLock = 0;
         canvas_.composePages(&previous_.bitmap, nullptr, 0.0F, kAtRest);
-        lockCount = 0;
-        failingLock = failing;
+        gdiplus.failCall(failing, "GdipBitmapLockBits");
         EXPECT_TRUE(canvas_.composePages(&current_.bitmap, nullptr, 0.0F, kAtRest)) << failing;
-        EXPECT_GE(lockCount, failing);
-        failingLock = 0;
+        EXPECT_TRUE(gdiplus.hasFailed()) << failing;
         EXPECT_EQ(current_.bitmap.GetLastStatus(), Gdiplus::Ok) << failing;
         EXPECT_TRUE(samePicture(frameOf(canvas_), expected(0, 0, 0, 0))) << failing;
     }
+}
+
+TEST_F(ComposePages, AnOpaquePageAtRestIsNotDrawnButCopied) {
+    FailingGdiplus gdiplus;
+    EXPECT_TRUE(canvas_.composePages(&current_.bitmap, nullptr, 0.0F, kAtRest));
+    EXPECT_EQ(gdiplus.calls("GdipDrawImageI"), 0);
+    EXPECT_TRUE(canvas_.composePages(&current_.bitmap, &previous_.bitmap, 1.0F, kAtRest));
+    EXPECT_EQ(gdiplus.calls("GdipDrawImageI"), 2) << "a step of a slide";
 }
 
 TEST_F(ComposePages, PresentingDrawsTheSurfaceAtTheOrigin) {
