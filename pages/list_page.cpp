@@ -27,6 +27,9 @@ void ListPage::Init(Panelix::Canvas* canvas) {
 }
 
 void ListPage::showList(const wchar_t* title, const ListLayout::Arrow& arrow, const std::vector<Row>& rows) {
+    if (repaint_.isDue()) {
+        painted_.reset();
+    }
     if (painted_ && std::equal(painted_->begin(), painted_->end(), rows.begin(), rows.end())) {
         return;
     }

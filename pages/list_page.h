@@ -11,6 +11,7 @@
 
 #include "framework/core/page.h"
 #include "pages/list_layout.h"
+#include "pages/once_a_minute.h"
 #include "pages/palette.h"
 
 /// Base of the pages that show a list: a background, a title, an arrow and rows of text, none of them clipped
@@ -38,8 +39,8 @@ protected:
         return rows_;
     }
 
-    /// Paints the whole page, unless it shows these rows already. `title` and `arrow` are the same in every
-    /// call.
+    /// Paints the whole page, unless it shows these rows already and was painted in the last minute; to be
+    /// called in every pass that shows the list. `title` and `arrow` are the same in every call.
     void showList(const wchar_t* title, const ListLayout::Arrow& arrow, const std::vector<Row>& rows);
 
 private:
@@ -59,4 +60,5 @@ private:
     std::vector<Row> rows_;
     /// What the page's bitmap shows; nothing before a painting has gone well from beginning to end.
     std::optional<std::vector<PaintedRow>> painted_;
+    OnceAMinute repaint_;
 };

@@ -23,6 +23,9 @@ void MainPage::Init(Panelix::Canvas* canvas) {
 
 bool MainPage::Update(bool /*isActive*/, const Panelix::LcdButtons& /*buttons*/) {
     blink_.advance();
+    if (repaint_.isDue()) {
+        painter_.forget();
+    }
     sampler_->tick();
     return true;
 }

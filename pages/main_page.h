@@ -5,6 +5,7 @@
 #include "pages/main_page_painter.h"
 #include "pages/main_page_view.h"
 #include "pages/mixer.h"
+#include "pages/once_a_minute.h"
 
 class SystemInfo;
 
@@ -20,13 +21,14 @@ public:
     /// Loads the images; a second call gets the same ones.
     void Init(Panelix::Canvas* canvas) override;
 
-    /// Advances the blinking and ticks the sampler, which drives all sampling. Always true.
+    /// Advances the blinking and ticks the sampler, which drives all sampling; once a minute everything is to
+    /// be painted anew. Always true.
     bool Update(bool isActive, const Panelix::LcdButtons& buttons) override;
 
     /// Obeys the buttons: MENU switches pages, OK toggles the picture, LEFT and RIGHT select a channel whose
     /// volume UP and DOWN change; without a channel UP toggles the microphone's mute and DOWN saves a
-    /// screenshot. Then paints the page when a new reading is due in its graphs, or when it shows something
-    /// else than what was painted last.
+    /// screenshot. Then paints the page when a new reading is due in its graphs, when it shows something else
+    /// than what was painted last, or when it was not painted anew for a minute.
     void Draw(Panelix::Canvas* canvas, const Panelix::LcdButtons& buttons) override;
 
 private:
@@ -37,6 +39,7 @@ private:
     SystemInfo* sampler_;
     Panelix::Page* menuPage_;
     MainPagePainter painter_;
+    OnceAMinute repaint_;
     MixerChannel selectedChannel_ = MixerChannel::None;
     Blink blink_;
     bool pictureMode_ = false;

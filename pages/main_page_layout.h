@@ -26,6 +26,10 @@ inline constexpr PagePoint kCpuClock{4, 26};
 inline constexpr PagePoint kCpuVid{4, 46};
 inline constexpr PagePoint kCpuTemperature{205, 106};
 
+// Where drawHistoryGraph puts a graph's label.
+inline constexpr PagePoint kCpuLabel{6, 85};
+inline constexpr PagePoint kGpuLabel{6, 190};
+
 inline constexpr PagePoint kGpuGraph{4, 109};
 inline constexpr PagePoint kGpuName{4, 113};
 inline constexpr PagePoint kGpuClock{4, 133};

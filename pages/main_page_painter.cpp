@@ -10,6 +10,7 @@
 #include "pages/figure_texts.h"
 #include "pages/main_page_layout.h"
 #include "pages/main_page_memory.h"
+#include "pages/main_page_texts.h"
 #include "pages/page_drawing.h"
 #include "pages/text_tools.h"
 #include "stats/gamepad_battery_code.h"
@@ -22,6 +23,7 @@ namespace {
 /// What the two graphs differ in.
 struct GraphStyle {
     const wchar_t* label;
+    MainPageText labelPlace;
     PagePoint topLeft;
     Argb labelColour;
     Argb levelColour;
@@ -30,12 +32,14 @@ struct GraphStyle {
 };
 
 constexpr GraphStyle kCpuGraph{L"CPU",
+                               MainPageText::CpuLabel,
                                Layout::kCpuGraph,
                                Palette::kCpuText,
                                Palette::kCpuLevel,
                                Palette::kMemoryBar,
                                Palette::kCpuHistory};
 constexpr GraphStyle kGpuGraph{L"GPU",
+                               MainPageText::GpuLabel,
                                Layout::kGpuGraph,
                                Palette::kGpuText,
                                Palette::kGpuLevel,
@@ -75,7 +79,8 @@ public:
         drawMixer();
         drawIcons();
         drawClock();
-        return allOk(graphics_, bitmap_, tools_.centred, tools_.rightBottom, tools_.topLeft) && !failed_;
+        const bool formatted = !tools_ || tools_->allFormatsOk();
+        return allOk(graphics_, bitmap_) && formatted && !failed_;
     }
 
 private:
@@ -100,13 +105,7 @@ private:
             return;
         }
         drawImageAt(Mail, Layout::kMailIcon);
-        const Gdiplus::SolidBrush brush{Gdiplus::Color(Palette::kMailText)};
-        drawText(graphics_,
-                 mailCountText(view_.unreadMail),
-                 tools_.large,
-                 toPointF(Layout::kMailCount),
-                 &tools_.topLeft,
-                 brush);
+        drawText(MainPageText::MailCount, mailCountText(view_.unreadMail), Palette::kMailText);
     }
 
     void drawGraph(const GraphStyle& style,
@@ -137,7 +136,7 @@ private:
         makePlates(graph, plates);
         if (plates && plates->drawPlot(bitmap_, value, history)) {
             Panelix::drawHistoryBar(graphics_, graph);
-            Panelix::drawHistoryLabel(graphics_, graph);
+            drawText(style.labelPlace, style.label, style.labelColour);
         } else {
             Panelix::drawHistoryGraph(graphics_, graph, history, false);
         }
@@ -151,54 +150,40 @@ private:
         }
     }
 
-    void drawDetail(const std::wstring& text, PagePoint point, const Gdiplus::Brush& brush) {
-        drawText(graphics_, text, tools_.details, toPointF(point), nullptr, brush);
-    }
-
     void drawCpuTexts() {
-        const Gdiplus::SolidBrush brush{Gdiplus::Color(Palette::kCpuText)};
+        constexpr Argb kColour = Palette::kCpuText;
         if (!view_.coreTempAvailable) {
-            drawDetail(L"Start CoreTemp!", Layout::kCpuName, brush);
+            drawText(MainPageText::CpuName, L"Start CoreTemp!", kColour);
             return;
         }
-        drawDetail(view_.cpuName, Layout::kCpuName, brush);
-        drawDetail(view_.cpuClockText, Layout::kCpuClock, brush);
-        drawDetail(vidText(std::bit_cast<float>(view_.cpuVidBits)), Layout::kCpuVid, brush);
-        drawText(graphics_,
+        drawText(MainPageText::CpuName, view_.cpuName, kColour);
+        drawText(MainPageText::CpuClock, view_.cpuClockText, kColour);
+        drawText(MainPageText::CpuVid, vidText(std::bit_cast<float>(view_.cpuVidBits)), kColour);
+        drawText(MainPageText::CpuTemperature,
                  cpuTemperatureText(view_.cpuTemperature, view_.cpuTempFahrenheit),
-                 tools_.figures,
-                 toPointF(Layout::kCpuTemperature),
-                 &tools_.rightBottom,
-                 brush);
+                 kColour);
     }
 
     void drawGpu(std::list<std::int32_t>& history, bool record) {
+        constexpr Argb kColour = Palette::kGpuText;
         const GpuStats& stats = view_.gpuStats;
-        const Gdiplus::SolidBrush brush{Gdiplus::Color(Palette::kGpuText)};
         if (stats.loadValid) {
             drawGraph(kGpuGraph, stats.load, stats.memoryLoad, history, record, memory_.gpuPlates);
         }
-        drawDetail(view_.gpuName, Layout::kGpuName, brush);
+        drawText(MainPageText::GpuName, view_.gpuName, kColour);
         if (stats.coreClockValid) {
-            drawDetail(gpuClockText(stats.coreClock), Layout::kGpuClock, brush);
+            drawText(MainPageText::GpuClock, gpuClockText(stats.coreClock), kColour);
         }
         if (stats.temperatureValid) {
-            drawText(graphics_,
-                     gpuTemperatureText(stats.temperature),
-                     tools_.figures,
-                     toPointF(Layout::kGpuTemperature),
-                     &tools_.rightBottom,
-                     brush);
+            drawText(MainPageText::GpuTemperature, gpuTemperatureText(stats.temperature), kColour);
         }
         if (!isComplete(stats)) {
-            const Gdiplus::SolidBrush errorBrush{Gdiplus::Color(Palette::kGpuErrorText)};
-            drawDetail(L"Errors fetching some data\nfrom GPU", Layout::kGpuErrors, errorBrush);
+            drawText(MainPageText::GpuErrors, L"Errors fetching some data\nfrom GPU", Palette::kGpuErrorText);
         }
     }
 
     void drawMissingGpu() {
-        const Gdiplus::SolidBrush brush{Gdiplus::Color(Palette::kGpuErrorText)};
-        drawDetail(L"No supported discreet GPU\nfound", Layout::kGpuName, brush);
+        drawText(MainPageText::GpuName, L"No supported discreet GPU\nfound", Palette::kGpuErrorText);
     }
 
     void drawMixer() {
@@ -216,13 +201,7 @@ private:
     }
 
     void drawVolumeFigure(Argb colour) {
-        const Gdiplus::SolidBrush brush{Gdiplus::Color(colour)};
-        drawText(graphics_,
-                 std::to_wstring(view_.volumeFigure),
-                 tools_.large,
-                 toPointF(Layout::kVolumeFigure),
-                 &tools_.centred,
-                 brush);
+        drawText(MainPageText::VolumeFigure, std::to_wstring(view_.volumeFigure), colour);
     }
 
     void drawVolumeBar(int x, int percent) {
@@ -254,18 +233,32 @@ private:
         }
     }
 
-    void drawClock() {
-        const Gdiplus::SolidBrush brush{Gdiplus::Color(Palette::kClockText)};
-        drawText(
-            graphics_, view_.clockText, tools_.figures, toPointF(Layout::kClock), &tools_.centred, brush);
+    void drawClock() { drawText(MainPageText::Clock, view_.clockText, Palette::kClockText); }
+
+    void drawText(MainPageText place, const std::wstring& text, Argb colour) {
+        const MainPageTextStyle style = styleOf(place);
+        RememberedText& remembered = memory_.texts[static_cast<std::size_t>(place)];
+        remembered.draw(bitmap_, text, colour, reachOf(style, text.size()), [&] {
+            const TextTools& tools = textTools();
+            const Gdiplus::SolidBrush brush{Gdiplus::Color(colour)};
+            ::drawText(graphics_,
+                       text,
+                       tools.font(style.fontPx),
+                       toPointF(style.point),
+                       tools.format(style.anchor),
+                       brush);
+        });
     }
+
+    const TextTools& textTools() { return tools_ ? *tools_ : tools_.emplace(); }
 
     Gdiplus::Graphics& graphics_;
     Gdiplus::Bitmap& bitmap_;
     const MainPageView& view_;
     const MainPageImages& images_;
     MainPageMemory& memory_;
-    const TextTools tools_;
+    /// Made for the first text that is not remembered.
+    std::optional<TextTools> tools_;
     /// The backdrop of an earlier painting is under this one.
     bool backdropIsKept_ = false;
     /// A call has failed on an object that is gone or not asked at the end.

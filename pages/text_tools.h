@@ -6,23 +6,52 @@
 
 #include "framework/drawing/surface_settings.h"
 #include "pages/main_page_layout.h"
+#include "pages/main_page_texts.h"
 #include "pages/page_drawing.h"
 
-/// Fonts and text formats of one drawing of the main page; made for each drawing and gone with it.
-struct TextTools {
+/// Fonts and text formats of one drawing of the main page; made for the drawing and gone with it.
+class TextTools {
+public:
     TextTools() {
-        setAlignment(centred, Gdiplus::StringAlignmentCenter, Gdiplus::StringAlignmentCenter);
-        setAlignment(rightBottom, Gdiplus::StringAlignmentFar, Gdiplus::StringAlignmentFar);
-        setAlignment(topLeft, Gdiplus::StringAlignmentNear, Gdiplus::StringAlignmentNear);
+        setAlignment(centred_, Gdiplus::StringAlignmentCenter, Gdiplus::StringAlignmentCenter);
+        setAlignment(rightBottom_, Gdiplus::StringAlignmentFar, Gdiplus::StringAlignmentFar);
+        setAlignment(topLeft_, Gdiplus::StringAlignmentNear, Gdiplus::StringAlignmentNear);
     }
 
-    Gdiplus::FontFamily family{Panelix::kFontFace};
-    Gdiplus::Font figures{
-        &family, MainPageLayout::kFigureFontPx, Gdiplus::FontStyleRegular, Gdiplus::UnitPixel};
-    Gdiplus::Font details{
-        &family, MainPageLayout::kDetailFontPx, Gdiplus::FontStyleRegular, Gdiplus::UnitPixel};
-    Gdiplus::Font large{&family, MainPageLayout::kLargeFontPx, Gdiplus::FontStyleRegular, Gdiplus::UnitPixel};
-    Gdiplus::StringFormat centred;
-    Gdiplus::StringFormat rightBottom;
-    Gdiplus::StringFormat topLeft;
+    /// The font of one of the three heights.
+    const Gdiplus::Font& font(float heightPx) const {
+        if (heightPx == MainPageLayout::kLargeFontPx) {
+            return large_;
+        }
+        return heightPx == MainPageLayout::kFigureFontPx ? figures_ : details_;
+    }
+
+    /// Null for none.
+    const Gdiplus::StringFormat* format(TextAnchor anchor) const {
+        switch (anchor) {
+            case TextAnchor::Centre:
+                return &centred_;
+            case TextAnchor::RightBottom:
+                return &rightBottom_;
+            case TextAnchor::TopLeftByFormat:
+                return &topLeft_;
+            default:
+                return nullptr;
+        }
+    }
+
+    /// Reads the formats' statuses and so resets them.
+    bool allFormatsOk() const { return allOk(centred_, rightBottom_, topLeft_); }
+
+private:
+    Gdiplus::FontFamily family_{Panelix::kFontFace};
+    Gdiplus::Font figures_{
+        &family_, MainPageLayout::kFigureFontPx, Gdiplus::FontStyleRegular, Gdiplus::UnitPixel};
+    Gdiplus::Font details_{
+        &family_, MainPageLayout::kDetailFontPx, Gdiplus::FontStyleRegular, Gdiplus::UnitPixel};
+    Gdiplus::Font large_{
+        &family_, MainPageLayout::kLargeFontPx, Gdiplus::FontStyleRegular, Gdiplus::UnitPixel};
+    Gdiplus::StringFormat centred_;
+    Gdiplus::StringFormat rightBottom_;
+    Gdiplus::StringFormat topLeft_;
 };

@@ -39,6 +39,17 @@ void drawSamples(Gdiplus::Graphics& target,
     }
 }
 
+void drawLabel(Gdiplus::Graphics& target, const HistoryGraph& graph) {
+    const Gdiplus::FontFamily family(kFontFace);
+    const Gdiplus::Font font(&family, kLabelSizePx, Gdiplus::FontStyleRegular, Gdiplus::UnitPixel);
+    // A box without size neither wraps nor clips.
+    const Gdiplus::RectF box(static_cast<Gdiplus::REAL>(graph.x) + kLabelIndentPx,
+                             static_cast<Gdiplus::REAL>(graph.y + kLabelTopPx) - kLabelLiftPx,
+                             0.0F,
+                             0.0F);
+    target.DrawString(graph.label.c_str(), -1, &font, box, nullptr, graph.labelBrush);
+}
+
 }  // namespace
 
 void addHistorySample(const HistoryGraph& graph, std::list<std::int32_t>& history, bool record) {
@@ -55,17 +66,6 @@ void drawHistoryBar(Gdiplus::Graphics& target, const HistoryGraph& graph) {
         target, graph.barBrush, graph.x + graph.width + graph.barGap, graph.barWidth, graph, graph.barValue);
 }
 
-void drawHistoryLabel(Gdiplus::Graphics& target, const HistoryGraph& graph) {
-    const Gdiplus::FontFamily family(kFontFace);
-    const Gdiplus::Font font(&family, kLabelSizePx, Gdiplus::FontStyleRegular, Gdiplus::UnitPixel);
-    // A box without size neither wraps nor clips.
-    const Gdiplus::RectF box(static_cast<Gdiplus::REAL>(graph.x) + kLabelIndentPx,
-                             static_cast<Gdiplus::REAL>(graph.y + kLabelTopPx) - kLabelLiftPx,
-                             0.0F,
-                             0.0F);
-    target.DrawString(graph.label.c_str(), -1, &font, box, nullptr, graph.labelBrush);
-}
-
 void drawHistoryGraph(Gdiplus::Graphics& target,
                       const HistoryGraph& graph,
                       std::list<std::int32_t>& history,
@@ -74,7 +74,7 @@ void drawHistoryGraph(Gdiplus::Graphics& target,
     drawHistoryBar(target, graph);
     addHistorySample(graph, history, record);
     drawSamples(target, graph, history);
-    drawHistoryLabel(target, graph);
+    drawLabel(target, graph);
 }
 
 }  // namespace Panelix

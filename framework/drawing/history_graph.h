@@ -45,6 +45,4 @@ void addHistorySample(const HistoryGraph& graph, std::list<std::int32_t>& histor
 
 void drawHistoryBar(Gdiplus::Graphics& target, const HistoryGraph& graph);
 
-void drawHistoryLabel(Gdiplus::Graphics& target, const HistoryGraph& graph);
-
 }  // namespace Panelix

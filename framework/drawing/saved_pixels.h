@@ -4,6 +4,7 @@
 
 #include <gdiplus.h>
 
+#include <cstddef>
 #include <cstdint>
 #include <vector>
 
@@ -28,6 +29,14 @@ class SavedPixels {
 public:
     /// Nothing is saved yet, or saving failed.
     bool empty() const { return pixels_.empty(); }
+
+    /// Takes the memory for a rectangle, so that saving it or a smaller one takes none.
+    void reserve(const PixelRect& rect) {
+        pixels_.reserve(static_cast<std::size_t>(rect.width) * static_cast<std::size_t>(rect.height));
+    }
+
+    /// Nothing is saved, and the memory stays.
+    void clear() { pixels_.clear(); }
 
     /// Saves these pixels in place of those saved before, in the same memory if they are as many. Nothing is
     /// saved when it fails.

@@ -266,7 +266,8 @@ protected:
         std::printf(
             "%u passes checked in %.0f s, %d of them shown anew, %u pages painted anew, %u switches, "
             "%u screenshots, %u with a failed call of GDI+\n"
-            "%u paintings of the main page, %u of them without a line drawn\n",
+            "%u paintings of the main page, %u of them without a line drawn, %u with less than half of the "
+            "texts\n",
             checked_,
             taken.count(),
             conversions,
@@ -275,13 +276,15 @@ protected:
             screenshots_,
             failures_,
             mainPaintings_,
-            chosenGraphs_);
+            chosenGraphs_,
+            copiedTexts_);
         EXPECT_EQ(checked_, passes_);
         EXPECT_LT(conversions, static_cast<int>(checked_) * 9 / 10) << "some passes change nothing";
         EXPECT_GT(switches_, 0U);
         EXPECT_GT(screenshots_, 0U);
         EXPECT_GT(failures_, 0U);
-        EXPECT_GT(chosenGraphs_, mainPaintings_ / 4);
+        EXPECT_GT(chosenGraphs_, mainPaintings_ / 20);
+        EXPECT_GT(copiedTexts_, mainPaintings_ / 20);
     }
 
 private:
@@ -331,6 +334,7 @@ private:
         if (gdiplus_.calls("GdipFillRectangleI") > 2) {
             ++mainPaintings_;
             chosenGraphs_ += gdiplus_.calls("GdipDrawLineI") == 0 ? 1U : 0U;
+            copiedTexts_ += gdiplus_.calls("GdipDrawString") < 6 ? 1U : 0U;
         }
         gdiplus_.failCall(0);
     }
@@ -625,6 +629,7 @@ private:
     unsigned failures_ = 0;
     unsigned mainPaintings_ = 0;
     unsigned chosenGraphs_ = 0;
+    unsigned copiedTexts_ = 0;
     /// Recorded so far, and some more: the first ones are on the scale.
     unsigned readings_ = kReadingsBeyondScale;
     bool hasFailed_ = false;

@@ -7,6 +7,7 @@
 #include "pages/options_page.h"
 #include "tests/pages/main_page_fixture.h"
 #include "tests/support/failing_gdiplus.h"
+#include "tests/support/import_override.h"
 
 // When the pages paint, and when not: a page that was painted over shows whether it was painted again.
 
@@ -189,6 +190,46 @@ TEST_F(Repaint, AnImageThatHasChangedSinceIsShownAfterInit) {
     background->SetPixel(315, 235, Gdiplus::Color(before.GetValue() ^ 0xFFFFFF));
     page->Init(app.canvas());
     drawAndCompare("another pixel in the background");
+}
+
+using DrawString = decltype(Gdiplus::DllExports::GdipDrawString);
+DrawString* drawString = nullptr;
+
+/// As with another smoothing of fonts, the same call gives other pixels.
+Gdiplus::GpStatus WINGDIPAPI drawBelow(Gdiplus::GpGraphics* graphics,
+                                       GDIPCONST WCHAR* text,
+                                       INT length,
+                                       GDIPCONST Gdiplus::GpFont* font,
+                                       GDIPCONST Gdiplus::RectF* box,
+                                       GDIPCONST Gdiplus::GpStringFormat* format,
+                                       GDIPCONST Gdiplus::GpBrush* brush) {
+    Gdiplus::RectF below = *box;
+    below.Y += 1.0F;
+    return drawString(graphics, text, length, font, &below, format, brush);
+}
+
+TEST_F(Repaint, TextsThatTheSystemDrawsOtherwiseFromNowOnAreShownWithinAMinute) {
+    draw();
+    draw();
+    const ImportOverride otherSmoothing("gdiplus.dll", "GdipDrawString", drawBelow);
+    drawString = otherSmoothing.original<DrawString>();
+    for (int pass = 0; pass < OnceAMinute::kPasses; ++pass) {
+        page->Update(true, {});
+    }
+    setOrdinaryFigures(sampler);
+    sampler.dataReady = false;
+    drawAndCompare("drawn otherwise");
+}
+
+TEST_F(Repaint, AListIsPaintedOnceAMinuteAlthoughItShowsTheSame) {
+    OptionsPage options(&app);
+    options.Init(app.canvas());
+    for (const int passes : {1, OnceAMinute::kPasses - 1, OnceAMinute::kPasses}) {
+        for (int pass = 1; pass <= passes; ++pass) {
+            options.Draw(app.canvas(), {});
+            EXPECT_EQ(options.takeChanged(), pass == passes) << "pass " << pass << " of " << passes;
+        }
+    }
 }
 
 TEST_F(Repaint, AListIsPaintedWhenItsRowsChangeOrItsPaintingFailed) {
