@@ -16,10 +16,10 @@ usage() {
 Usage: scripts/bench.sh [--quick] [--minutes N]
 
 Installs the packages that are missing (Debian 12 or 13), builds the program and its benchmarks, and prints one table:
-frames and their steps against the same calls issued bare, allocations, one sampling pass by source, start, pace, memory,
-size and imports. Times are medians; each ratio is taken in turns in one run. A figure beyond its limit is marked with
-EXCEEDS and fails nothing, since other programs share the machine: how busy it was stands above the table. It takes
-some minutes more than the program runs for its memory. ./test.sh --bench is the same.
+frames and their steps against the same calls issued bare, allocations, one sampling pass by source, start, pace,
+memory, processor time of a pass, size and imports. Times are medians; each ratio is taken in turns in one run. A figure
+beyond its limit is marked with EXCEEDS and fails nothing, since other programs share the machine: how busy it was
+stands above the table. It takes some minutes more than the program runs for its memory. ./test.sh --bench is the same.
 
   --quick      the program runs for 1 minute instead of 10 before its memory is looked at; fewer starts
   --minutes N  it runs for N minutes

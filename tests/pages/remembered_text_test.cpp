@@ -28,7 +28,7 @@ struct Page {
 
     /// Fills it with other pixels for each number.
     void fillAtRandom(unsigned number) {
-        std::minstd_rand random(number);
+        std::minstd_rand random(number + 1);
         const Panelix::LockedPixels locked(bitmap, Gdiplus::ImageLockModeWrite);
         for (int y = 0; y < Panelix::kLcdHeight; ++y) {
             for (int x = 0; x < Panelix::kLcdWidth; ++x) {
