@@ -18,6 +18,7 @@ KELVARO_TEST_PACKAGES=(
     g++
     clang-format
     clang-tidy
+    python3
 )
 
 # What ./package.sh needs besides a build, and what it needs to sign.
