@@ -20,6 +20,7 @@ void crashElsewhere() noexcept {
     SetEnvironmentVariableW(L"KELVARO_HOSTILE", L"crash");
     if (const HMODULE copy = LoadLibraryW(path)) {
         GetProcAddress(copy, "ADL2_Main_Control_Create")();
+        FreeLibrary(copy);
     }
 }
 
