@@ -63,6 +63,7 @@ TEST_F(Repaint, WhatIsShownAlreadyIsNotPaintedAgain) {
     EXPECT_FALSE(paintsAgain());
     draw(down({LcdButton::Ok}));
     EXPECT_FALSE(paintsAgain()) << "nor is the picture";
+    EXPECT_FALSE(paintsAgain([this] { sampler.dataReady = true; })) << "which shows no reading";
     draw(down({LcdButton::Ok}));
     EXPECT_FALSE(paintsAgain());
 }
