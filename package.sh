@@ -29,7 +29,8 @@ The version is that of project(...) in CMakeLists.txt. The same commit makes the
 files' time is the commit's, or SOURCE_DATE_EPOCH.
 
   --tests                  pack the tests for Windows as well: KelvaroTests-VERSION-x64.zip; builds all of them
-  --output FOLDER          instead of out/package; like that one it is emptied first, if it holds release files
+  --output FOLDER          instead of out/package; like there, the same version's release files are replaced, and all
+                           other files stay
   --release-url URL        the folder that the installer will be downloaded from, for the winget manifest; also
                            KELVARO_RELEASE_URL. By default one at example.com, which nobody can download from.
   --sign-with CERTIFICATE  sign programs, installer and uninstaller with this PKCS#12 file, certificate and key; also
@@ -86,8 +87,7 @@ version=''
 programs=()
 parseOptions "$@"
 checkSigning
-[[ ! -e "$package" || -n "$(compgen -G "$package/Kelvaro*.zip")" ]] || rmdir "$package" 2>/dev/null ||
-    fail "--output: $package holds other files than a release's"
+refuseOtherSums "$package"
 makeOutFolder
 setReleaseTime
 ensurePackages "${KELVARO_RUN_PACKAGES[@]}" "${KELVARO_PACKAGE_PACKAGES[@]}"
@@ -106,8 +106,8 @@ if [[ -n "$(git -C "$here" status --porcelain 2>/dev/null)" ]]; then
 fi
 
 say "Packing version $version into ${package#"$here"/}"
-rm -rf "$package"
 mkdir -p "$package"
+removeRelease "$package" "$version"
 makeStage
 stageFiles "${programs[@]}"
 for program in "${programs[@]}"; do
@@ -116,10 +116,10 @@ done
 makeSetup "$version" "$package/KelvaroSetup-$version-x64.exe"
 makeZip "$package/Kelvaro-$version-x64.zip" "$STAGE/files" "Kelvaro-$version"
 makeZip "$package/Kelvaro-$version-symbols.zip" "$STAGE/symbols" "Kelvaro-$version-symbols"
-giveReleaseTime "$package"/*.zip
+giveReleaseTime "$package/Kelvaro-$version-x64.zip" "$package/Kelvaro-$version-symbols.zip"
 makeWinget "$version" "$package/KelvaroSetup-$version-x64.exe" "$package/winget"
 if ((tests)); then
     "$here/scripts/test_bundle.sh" --output "$package"
 fi
-makeSums "$package"
-(cd "$package" && find . -type f -printf '   %P, %s bytes\n' | sort)
+makeSums "$package" "$version"
+(cd "$package" && releaseNames "$version" | xargs -d '\n' stat -c '   %n, %s bytes' | sort)

@@ -56,12 +56,13 @@ problem() {
 }
 
 # A blank and a letter beyond ASCII are in many people's paths.
-unpack() {
+packAndUnpack() {
     local around="$place/Kelvaro prüfen" version
     read -r version _ <"$KELVARO_ROOT/out/build/release/programs.txt"
     rm -rf "$place"
     mkdir -p "$around"
-    unzip -q "$KELVARO_ROOT/out/package/KelvaroTests-$version-x64.zip" -d "$around"
+    "$KELVARO_ROOT/scripts/test_bundle.sh" --output "$place"
+    unzip -q "$place/KelvaroTests-$version-x64.zip" -d "$around"
     folder="$around/KelvaroTests-$version"
 }
 
@@ -200,8 +201,7 @@ unset KELVARO_ALL
 makeOutFolder
 ensurePackages "${KELVARO_RUN_PACKAGES[@]}" "${KELVARO_BUNDLE_PACKAGES[@]}"
 trap cleanUp EXIT
-"$KELVARO_ROOT/scripts/test_bundle.sh"
-unpack
+packAndUnpack
 openPrefix
 # What the first run of a prefix makes is no change of the tests'.
 checkSkipped

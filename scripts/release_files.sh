@@ -122,17 +122,40 @@ makeWinget() {
     [[ "$url" =~ ^https?://[^[:space:]|\&]+$ ]] || fail "KELVARO_RELEASE_URL is no address: '$url'"
     sum="$(sha256sum "$2")"
     sum="${sum%% *}"
-    rm -rf "$3"
     mkdir -p "$3"
     for template in "$KELVARO_ROOT"/packaging/winget/*.yaml; do
         sed -e "s|@VERSION@|$1|" -e "s|@DATE@|$(date -u -d "@$SOURCE_DATE_EPOCH" +%F)|" -e "s|@URL@|${url%/}|" \
             -e "s|@SHA256@|${sum^^}|" "$template" >"$3/${template##*/}"
+        giveReleaseTime "$3/${template##*/}"
     done
-    giveReleaseTime "$3"/*
 }
 
-# makeSums FOLDER: of the files that are downloaded.
+# makeSums FOLDER VERSION: of the files that are downloaded.
 makeSums() {
-    (cd "$1" && sha256sum -- *.exe *.zip >SHA256SUMS)
+    (cd "$1" && releaseNames "$2" | grep -E '\.(exe|zip)$' | xargs -d '\n' sha256sum -- >SHA256SUMS)
     giveReleaseTime "$1/SHA256SUMS"
+}
+
+# releaseNames VERSION: prints the names of the version's release files that the current folder has.
+releaseNames() {
+    local name
+    for name in "KelvaroSetup-$1-x64.exe" "Kelvaro-$1-symbols.zip" "Kelvaro-$1-x64.zip" "KelvaroTests-$1-x64.zip" SHA256SUMS; do
+        [[ ! -f "$name" ]] || printf '%s\n' "$name"
+    done
+    for name in "$KELVARO_ROOT"/packaging/winget/*.yaml; do
+        name="winget/${name##*/}"
+        [[ ! -f "$name" ]] || printf '%s\n' "$name"
+    done
+}
+
+# removeRelease FOLDER VERSION: the folder may be one with files of the user's.
+removeRelease() {
+    (cd "$1" && releaseNames "$2" | xargs -r -d '\n' rm -f --)
+}
+
+# refuseOtherSums FOLDER: ends when the folder has sums of other files than a release's, which would be replaced.
+refuseOtherSums() {
+    local sums="$1/SHA256SUMS"
+    [[ ! -e "$sums" ]] || ! grep -qvE '^[0-9a-f]{64}  Kelvaro(Setup|Tests)?-[^/]*$' "$sums" ||
+        fail "--output: $sums is of other files than a release's; choose another folder"
 }

@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
-# Tests the installer in out/package end to end, in a Wine prefix of its own: tests/package/installer.sh [GTEST-OPTION...]
-# ./package.sh comes first.
+# Packs an installer and tests it end to end, in a Wine prefix of its own: tests/package/installer.sh [GTEST-OPTION...]
+# What lies in out/package stays.
 set -euo pipefail
 # shellcheck source=../../scripts/common.sh
 source "$(dirname "${BASH_SOURCE[0]}")/../../scripts/common.sh"
@@ -33,10 +33,9 @@ windowsPath() {
 # The released installer, and two of the same files that say that they are of other versions.
 makeSetups() {
     local other
-    unzip -q -j "$KELVARO_ROOT/out/package/Kelvaro-$version-x64.zip" -d "$STAGE/files"
     rm -rf "$setups"
-    mkdir -p "$setups"
-    cp "$KELVARO_ROOT/out/package/KelvaroSetup-$version-x64.exe" "$setups"
+    "$KELVARO_ROOT/package.sh" --output "$setups"
+    unzip -q -j "$setups/Kelvaro-$version-x64.zip" -d "$STAGE/files"
     for other in 0.9.0 1000.0.0; do
         (unset KELVARO_SIGN_CERTIFICATE && makeSetup "$other" "$setups/KelvaroSetup-$other-x64.exe")
     done
@@ -67,7 +66,6 @@ trapSignals
 makeOutFolder
 buildPreset release installer_tests
 readPrograms "$KELVARO_ROOT/out/build/release/programs.txt"
-[[ -f "$KELVARO_ROOT/out/package/KelvaroSetup-$version-x64.exe" ]] || fail "there is no installer: ./package.sh makes it"
 setReleaseTime
 export WINEPREFIX="$KELVARO_ROOT/out/wineprefix-installer"
 setWineEnvironment
