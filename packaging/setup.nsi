@@ -204,6 +204,39 @@ Function ${un}runEntryIn
     ${EndIf}
 FunctionEnd
 
+; $1: the volume and the number there of the folder $0, whatever name leads to it; empty when there is none.
+Function ${un}identify
+    StrCpy $1 ""
+    System::Call 'kernel32::CreateFileW(w r0, i 0, i 7, p 0, i 3, i 0x02000000, p 0) p .r2'
+    ${If} $2 = -1
+        Return
+    ${EndIf}
+    System::Call '*(&v52) p .r3' ; BY_HANDLE_FILE_INFORMATION
+    System::Call 'kernel32::GetFileInformationByHandle(p r2, p r3) i .r4'
+    ${If} $4 <> 0
+        System::Call '*$3(&v28, i .r4, &v12, i .r5, i .r6)'
+        StrCpy $1 "$4 $5 $6"
+    ${EndIf}
+    System::Free $3
+    System::Call 'kernel32::CloseHandle(p r2)'
+FunctionEnd
+
+; $0: 1 when the names $0 and $1 lead to the same folder: a link, a short name and a drive of "subst" are other names.
+Function ${un}isSameFolder
+    Push $1
+    Call ${un}identify
+    Pop $0
+    Push $1
+    Call ${un}identify
+    Pop $0
+    ${If} $0 == ""
+    ${OrIf} $0 != $1
+        StrCpy $0 0
+    ${Else}
+        StrCpy $0 1
+    ${EndIf}
+FunctionEnd
+
 ; Leaves $INSTDIR without a backslash at its end.
 Function ${un}stripFolder
     StrCpy $1 $INSTDIR 1 -1
@@ -353,7 +386,12 @@ Function leaveOldFolder
     ${If} $2 != ""
         WriteRegStr HKCU "${RUN_KEY}" "Kelvaro" '"$INSTDIR\$2'
     ${EndIf}
-    Call removeFiles
+    StrCpy $1 $INSTDIR
+    Call isSameFolder
+    ${If} $0 = 0
+        StrCpy $0 $oldFolder
+        Call removeFiles
+    ${EndIf}
 FunctionEnd
 
 Section
@@ -395,19 +433,27 @@ Section
     Call leaveOldFolder
 SectionEnd
 
+; Removes this user's start entry of the folder $0.
+Function un.removeRunEntry
+    Call un.runEntryIn
+    ${If} $2 != ""
+        DeleteRegValue HKCU "${RUN_KEY}" "Kelvaro"
+    ${EndIf}
+FunctionEnd
+
 Section Uninstall
     Call un.endRunning
     StrCpy $0 $INSTDIR
     Call un.checkFileIsFree
 
     StrCpy $0 $INSTDIR
-    Call un.runEntryIn
-    ${If} $2 != ""
-        DeleteRegValue HKCU "${RUN_KEY}" "Kelvaro"
-    ${EndIf}
+    Call un.removeRunEntry
     ; The uninstaller of a folder that is no longer the installed one takes only its own files with it.
     ReadRegStr $1 HKLM "${UNINSTALL_KEY}" "InstallLocation"
-    ${If} $1 == $INSTDIR
+    Call un.isSameFolder
+    ${If} $0 = 1
+        ReadRegStr $0 HKLM "${UNINSTALL_KEY}" "InstallLocation"
+        Call un.removeRunEntry
         Delete "${START_MENU}\Kelvaro.lnk"
         Delete "${START_MENU}\Kelvaro report.lnk"
         RMDir "${START_MENU}"
@@ -415,5 +461,6 @@ Section Uninstall
         DeleteRegValue HKLM "${PROGRAM_KEY}" "InstallDir"
         DeleteRegKey /ifempty HKLM "${PROGRAM_KEY}"
     ${EndIf}
+    StrCpy $0 $INSTDIR
     Call un.removeFiles
 SectionEnd

@@ -76,6 +76,10 @@ rm -rf "$WINEPREFIX"
 "$KELVARO_ROOT/scripts/wine_prefix.sh"
 # No folder of drive C: may be one of the user's own.
 find "$WINEPREFIX/drive_c/users" -type l -delete
+# A folder with a second name, as a link or a junction gives it, and with a drive letter, as of subst.
+mkdir "$WINEPREFIX/drive_c/real folder"
+ln -s 'real folder' "$WINEPREFIX/drive_c/linked folder"
+ln -s '../drive_c/real folder' "$WINEPREFIX/dosdevices/s:"
 startXvfb
 mapfile -t names < <(plantedNames)
 writeSettings "${names[@]}"

@@ -340,6 +340,28 @@ TEST_F(Installer, MovesAnOlderVersionToTheFolderThatIsAskedFor) {
     std::filesystem::remove_all(old);
 }
 
+TEST_F(Installer, ReplacesAVersionInTheSameFolderUnderAnotherName) {
+    // tests/package/installer.sh made the folder, and the link and the drive letter that lead to it.
+    const std::wstring folder = L"C:\\real folder\\Kelvaro";
+    std::array<wchar_t, MAX_PATH> shortName{};
+    ASSERT_NE(GetShortPathNameW(L"C:\\real folder", shortName.data(), MAX_PATH), 0U);
+    for (const std::wstring& name : {std::wstring(L"C:\\linked folder\\Kelvaro"),
+                                     std::wstring(shortName.data()) + L"\\Kelvaro",
+                                     std::wstring(L"S:\\Kelvaro")}) {
+        SCOPED_TRACE(testing::PrintToString(name));
+        ASSERT_NE(name, folder);
+        ASSERT_EQ(install(kOlderVersion, L"/D=" + folder).code, kDone);
+        CleanProgramEntries::setRunValue(L"\"" + folder + L"\\Kelvaro.exe\" -delay7");
+        EXPECT_EQ(install(kVersion, L"/D=" + name).code, kDone);
+        expectInstalled(kVersion, name);
+        EXPECT_EQ(runValue(), L"\"" + name + L"\\Kelvaro.exe\" -delay7");
+        // The uninstaller, too, may be reached by another name.
+        EXPECT_EQ(runProgram(folder + L"\\Uninstall.exe", L"/S _?=" + folder).code, kDone);
+        EXPECT_EQ(installed(L"UninstallString"), std::nullopt);
+        std::filesystem::remove_all(folder);
+    }
+}
+
 TEST_F(Installer, ReplacesANewerVersionOnlyWhenAsked) {
     ASSERT_EQ(install(kNewerVersion).code, kDone);
     const Outcome refused = install(kVersion);
