@@ -1,7 +1,8 @@
 ; The installer: per machine, for 64-bit Windows 8 and later. scripts/release_files.sh runs makensis with
 ;   VERSION  three numbers          FILES  folder with what is installed     SIZE_KB  its size
 ;   ICON, FINISH_PICTURE  its pictures
-;   OUTPUT   the installer's path   LISTS  folder with install.nsh and uninstall.nsh, the same files by name
+;   OUTPUT   the installer's path   LISTS  folder with install.nsh, which extracts these files, and list.txt, a line for
+;                                          each of them: NAME|SIZE CHECKSUM, the checksum as a signed number
 ;   SIGN     optional: a command that signs the file whose path follows it
 ;
 ; Switches: /S installs silently, /D=FOLDER (the last one, without quotes) into this folder, /ALLOWDOWNGRADE replaces
@@ -15,6 +16,7 @@
 !define EXIT_NEWER_INSTALLED 4
 !define EXIT_UNSUITABLE_FOLDER 5
 !define EXIT_OLD_WINDOWS 6
+!define EXIT_FOREIGN_FOLDER 7
 
 Target amd64-unicode
 SetCompressor /SOLID lzma
@@ -46,6 +48,7 @@ VIAddVersionKey /LANG=0 "ProductVersion" "${VERSION}"
 
 !include LogicLib.nsh
 !include FileFunc.nsh
+!include TextFunc.nsh
 !include WordFunc.nsh
 !include WinVer.nsh
 !include WinMessages.nsh
@@ -88,6 +91,12 @@ otherwise as an icon in the notification area."
 ; What was installed before; both empty when nothing was.
 Var oldFolder
 Var oldVersion
+; The exit code of a folder that findFolderFault does not take.
+Var folderCode
+
+; By the last part of this Browse makes the chosen folder one of Kelvaro's own. The variable is empty then: without /D=
+; the folder begins with a backslash.
+InstallDir "$oldFolder\Kelvaro"
 
 ; What installer and uninstaller have both, the latter with names that begin with "un.".
 !macro commonFunctions un
@@ -246,16 +255,68 @@ Function ${un}stripFolder
     ${EndWhile}
 FunctionEnd
 
-; Removes from the folder $0 what was installed, and the folder when nothing else is in it. The file of a program that
-; has just ended can be in use, or be there, for a moment longer.
+; $1: size and CRC-32 of the file $0, as in the lists; empty when it cannot be read. Uses $2 to $5.
+Function ${un}fingerprint
+    StrCpy $1 ""
+    System::Call 'kernel32::CreateFileW(w r0, i 0x80000000, i 7, p 0, i 3, i 0, p 0) p .r2'
+    ${If} $2 = -1
+        Return
+    ${EndIf}
+    System::Call 'kernel32::GetFileSizeEx(p r2, *l .r3)'
+    System::Call 'kernel32::CreateFileMappingW(p r2, p 0, i 2, i 0, i 0, p 0) p .r4'
+    System::Call 'kernel32::MapViewOfFile(p r4, i 4, i 0, i 0, p 0) p .r5'
+    ${If} $5 != 0
+        System::Call 'ntdll::RtlComputeCrc32(i 0, p r5, i r3) i .r1'
+        StrCpy $1 "$3 $1"
+        System::Call 'kernel32::UnmapViewOfFile(p r5)'
+    ${EndIf}
+    System::Call 'kernel32::CloseHandle(p r4)'
+    System::Call 'kernel32::CloseHandle(p r2)'
+FunctionEnd
+
+; Calls the function at $R9 for each line of the list $R8, with a file's name in $R0 and its size and checksum in $R1;
+; "*" when these are not known. The function keeps $R7 to $R9.
+Function ${un}eachFile
+    FileOpen $R7 $R8 r
+    FileRead $R7 $R2
+    ${DoWhile} $R2 != ""
+        ${WordFind} $R2 "|" "+1" $R0
+        ${WordFind} $R2 "|" "+2" $R1
+        ${TrimNewLines} $R1 $R1
+        Call $R9
+        FileRead $R7 $R2
+    ${Loop}
+    FileClose $R7
+FunctionEnd
+
+; For eachFile: deletes the file in the folder $R3 if it is the one that was installed; $R4: 1 when it is still there.
+Function ${un}removeOwn
+    StrCpy $0 "$R3\$R0"
+    Call ${un}fingerprint
+    ${If} $1 == ""
+        Return
+    ${EndIf}
+    ${If} $R1 == "*"
+    ${OrIf} $1 == $R1
+        Delete $0
+        ${If} ${FileExists} $0
+            StrCpy $R4 1
+        ${EndIf}
+    ${EndIf}
+FunctionEnd
+
+; Deletes from the folder $R3 what was installed by the list $R8, and the folder when nothing else is in it; $R4: 1 when
+; something of it is still there. The file of a program that has just ended can be in use, or be there, for a moment
+; longer.
 Function ${un}removeFiles
-    ${For} $2 1 50
-        !include "${LISTS}/uninstall.nsh"
-        Delete "$0\Uninstall.exe"
-        RMDir "$0"
-        ${DirState} "$0" $1
-        ${If} $1 <> 0 ; not empty, or gone
-        ${AndIfNot} ${FileExists} "$0\Kelvaro.exe"
+    ${For} $R5 1 50
+        StrCpy $R4 0
+        GetFunctionAddress $R9 ${un}removeOwn
+        Call ${un}eachFile
+        RMDir "$R3"
+        ${DirState} "$R3" $1
+        ${If} $R4 = 0
+        ${AndIf} $1 <> 0 ; not empty, or gone
             Return
         ${EndIf}
         Sleep 100
@@ -277,8 +338,15 @@ Function .onInit
     ${EndIf}
     ReadRegStr $oldFolder HKLM "${UNINSTALL_KEY}" "InstallLocation"
     ReadRegStr $oldVersion HKLM "${UNINSTALL_KEY}" "DisplayVersion"
+    InitPluginsDir
+    File "/oname=$PLUGINSDIR\new.txt" "${LISTS}/list.txt"
+    Call listOldFiles
+    StrCpy $0 $INSTDIR 1
+    ${If} $0 == "\" ; without /D=
+        StrCpy $INSTDIR ""
+    ${EndIf}
     Call refuseLostFolder
-    ${If} $INSTDIR == "" ; without /D=
+    ${If} $INSTDIR == ""
         StrCpy $INSTDIR $oldFolder
     ${EndIf}
     ${If} $INSTDIR == ""
@@ -289,15 +357,35 @@ Function .onInit
         Call findFolderFault
         ${If} $0 != ""
             Push $0
-            Push ${EXIT_UNSUITABLE_FOLDER}
+            Push $folderCode
             Call refuse
         ${EndIf}
     ${EndIf}
 FunctionEnd
 
+; Writes the list of what was installed before. Version 1.0.0 kept none.
+Function listOldFiles
+    FileOpen $1 "$PLUGINSDIR\old.txt" w
+    EnumRegValue $2 HKLM "${UNINSTALL_KEY}\Files" 0
+    ${If} $2 == ""
+    ${AndIf} $oldFolder != ""
+        FileWrite $1 "Kelvaro.exe|*$\nKelvaroReport.exe|*$\nREADME.txt|*$\nCHANGELOG.txt|*$\nUninstall.exe|*$\n"
+    ${EndIf}
+    StrCpy $0 0
+    ${DoWhile} $2 != ""
+        ReadRegStr $3 HKLM "${UNINSTALL_KEY}\Files" $2
+        FileWrite $1 "$2|$3$\n"
+        IntOp $0 $0 + 1
+        EnumRegValue $2 HKLM "${UNINSTALL_KEY}\Files" $0
+    ${Loop}
+    FileClose $1
+FunctionEnd
+
 Function un.onInit
     SetRegView 64
     SetShellVarContext all
+    InitPluginsDir
+    File "/oname=$PLUGINSDIR\new.txt" "${LISTS}/list.txt"
     Call un.stripFolder
 FunctionEnd
 
@@ -344,6 +432,7 @@ Function findFolderFault
     System::Call 'kernel32::GetFullPathNameW(w r1, i ${NSIS_MAX_STRLEN}, w .r0, p 0)'
     StrCpy $INSTDIR $0
     Call stripFolder
+    StrCpy $folderCode ${EXIT_UNSUITABLE_FOLDER}
     StrLen $2 $INSTDIR
     ${If} $2 < 4
         StrCpy $0 "Kelvaro needs a folder of its own and cannot be installed into '$INSTDIR'."
@@ -359,7 +448,75 @@ Function findFolderFault
 Please choose another folder: '$INSTDIR'"
     ${ElseIf} $3 > ${MAX_FOLDER_BYTES}
         StrCpy $0 "The folder's path is too long. Please choose another folder: '$INSTDIR'"
+    ${Else}
+        StrCpy $folderCode ${EXIT_FOREIGN_FOLDER}
+        Call findForeignFile
     ${EndIf}
+FunctionEnd
+
+; $0: why the folder $INSTDIR belongs to others, or empty.
+Function findForeignFile
+    StrCpy $R0 $INSTDIR
+    ${While} $R0 != ""
+        StrCpy $0 $R0
+        StrCpy $1 $WINDIR
+        Call isSameFolder
+        ${If} $0 = 1
+            StrCpy $0 "'$INSTDIR' belongs to Windows. Please choose another folder."
+            Return
+        ${EndIf}
+        ${GetParent} $R0 $R0
+    ${EndWhile}
+    StrCpy $0 $INSTDIR
+    StrCpy $1 $oldFolder
+    Call isSameFolder
+    ${If} $0 = 1
+        StrCpy $0 ""
+        Return
+    ${EndIf}
+    FindFirst $R3 $R4 "$INSTDIR\*"
+    ${DoWhile} $R4 != ""
+        Call isOwnFile
+        ${If} $R6 = 0
+            FindClose $R3
+            StrCpy $0 "'$INSTDIR' is not empty: it has '$R4', which is not Kelvaro's. Please choose another folder, or \
+an empty one."
+            Return
+        ${EndIf}
+        FindNext $R3 $R4
+    ${Loop}
+    FindClose $R3
+    StrCpy $0 ""
+FunctionEnd
+
+; $R6: 1 when $R4 may lie in $INSTDIR although nothing is registered there. An installation that was cut short leaves
+; some of the files; Core Temp's library is put there by the user, and stays when Kelvaro is uninstalled.
+Function isOwnFile
+    StrCpy $R6 1
+    ${If} $R4 != "."
+    ${AndIf} $R4 != ".."
+    ${AndIf} $R4 != "GetCoreTempInfo.dll"
+        StrCpy $R6 0
+        StrCpy $0 "$INSTDIR\$R4"
+        Call fingerprint
+        StrCpy $R5 $1
+        StrCpy $R8 "$PLUGINSDIR\new.txt"
+        GetFunctionAddress $R9 compareOwn
+        Call eachFile
+    ${EndIf}
+FunctionEnd
+
+; For eachFile: $R6 becomes 1 for the file with the name $R4 and with size and checksum $R5.
+Function compareOwn
+    ${If} $R0 == $R4
+    ${AndIf} $R1 == $R5
+        StrCpy $R6 1
+    ${EndIf}
+FunctionEnd
+
+; For eachFile: notes in the registry what is installed.
+Function keepInList
+    WriteRegStr HKLM "${UNINSTALL_KEY}\Files" $R0 $R1
 FunctionEnd
 
 Function leaveFolderPage
@@ -389,7 +546,8 @@ Function leaveOldFolder
     StrCpy $1 $INSTDIR
     Call isSameFolder
     ${If} $0 = 0
-        StrCpy $0 $oldFolder
+        StrCpy $R3 $oldFolder
+        StrCpy $R8 "$PLUGINSDIR\old.txt"
         Call removeFiles
     ${EndIf}
 FunctionEnd
@@ -430,6 +588,13 @@ Section
         Push ${EXIT_NOT_WRITTEN}
         Call refuse
     ${EndIf}
+    DeleteRegKey HKLM "${UNINSTALL_KEY}\Files"
+    StrCpy $R8 "$PLUGINSDIR\new.txt"
+    GetFunctionAddress $R9 keepInList
+    Call eachFile
+    StrCpy $0 "$INSTDIR\Uninstall.exe"
+    Call fingerprint
+    WriteRegStr HKLM "${UNINSTALL_KEY}\Files" "Uninstall.exe" $1
     Call leaveOldFolder
 SectionEnd
 
@@ -461,6 +626,16 @@ Section Uninstall
         DeleteRegValue HKLM "${PROGRAM_KEY}" "InstallDir"
         DeleteRegKey /ifempty HKLM "${PROGRAM_KEY}"
     ${EndIf}
-    StrCpy $0 $INSTDIR
+    ; What runs is a copy of it.
+    StrCpy $0 $EXEPATH
+    Call un.fingerprint
+    StrCpy $6 $1
+    StrCpy $0 "$INSTDIR\Uninstall.exe"
+    Call un.fingerprint
+    ${If} $1 == $6
+        Delete "$INSTDIR\Uninstall.exe"
+    ${EndIf}
+    StrCpy $R3 $INSTDIR
+    StrCpy $R8 "$PLUGINSDIR\new.txt"
     Call un.removeFiles
 SectionEnd

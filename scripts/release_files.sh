@@ -73,16 +73,17 @@ makeZip() {
 
 # makeSetup VERSION SETUP: the installer of what is staged.
 makeSetup() {
-    local lists="$STAGE/lists" log="$STAGE/makensis.log" sign=()
+    local lists="$STAGE/lists" log="$STAGE/makensis.log" name sign=()
     rm -rf "$lists"
     mkdir -p "$lists"
     (cd "$STAGE/files" && printf '%s\n' *) >"$lists/names"
     sed "s|.*|File \"$STAGE/files/&\"|" "$lists/names" >"$lists/install.nsh"
-    # shellcheck disable=SC2016 # $0 is one of the installer's
-    sed 's|.*|Delete "$0\\&"|' "$lists/names" >"$lists/uninstall.nsh"
+    while IFS= read -r name; do
+        printf '%s|%s\r\n' "$name" "$(fingerprint "$STAGE/files/$name")"
+    done <"$lists/names" >"$lists/list.txt"
     # The installer takes the picture along as a file, with its time.
     install -m 0644 "$KELVARO_ROOT/packaging/finish.bmp" "$STAGE/finish.bmp"
-    giveReleaseTime "$STAGE"/files/* "$STAGE/finish.bmp"
+    giveReleaseTime "$STAGE"/files/* "$STAGE/finish.bmp" "$lists/list.txt"
     if signing; then
         sign=("-DSIGN=$KELVARO_ROOT/scripts/sign.sh")
     fi
@@ -95,6 +96,11 @@ makeSetup() {
     }
     signFile "$2"
     giveReleaseTime "$2"
+}
+
+# fingerprint FILE: prints its size and, as a signed number, its CRC-32: gzip ends with that and the size.
+fingerprint() {
+    printf '%d %d' "$(stat -c %s "$1")" "$(gzip -1 -c "$1" | tail -c 8 | od -An -td4 -N4 --endian=little)"
 }
 
 # Without the uninstaller, whose size is not known before it is there: it has some 80 KiB.

@@ -49,6 +49,9 @@ constexpr DWORD kRunning = 3;
 constexpr DWORD kNewerInstalled = 4;
 constexpr DWORD kUnsuitableFolder = 5;
 constexpr DWORD kOldWindows = 6;
+constexpr DWORD kForeignFolder = 7;
+
+constexpr char kOwnText[] = "the user's own";
 
 std::wstring environment(const wchar_t* name) {
     const wchar_t* const value = _wgetenv(name);
@@ -85,7 +88,7 @@ std::string bytesOf(const std::wstring& path) {
 }
 
 void writeFile(const std::wstring& path) {
-    std::ofstream(std::filesystem::path(path)) << "the user's own";
+    std::ofstream(std::filesystem::path(path)) << kOwnText;
 }
 
 std::optional<std::wstring> installed(const wchar_t* value) {
@@ -288,6 +291,14 @@ TEST_F(Installer, LeavesExactlyTheseFilesEntriesAndShortcuts) {
     expected[uninstallKey + L"EstimatedSize"];
     expected[uninstallKey + L"NoModify"] = L"4:01000000";
     expected[uninstallKey + L"NoRepair"] = L"4:01000000";
+    expected[uninstallKey + L"Files\\"];
+    for (const std::wstring& name : filesIn(folder)) {
+        // Size and checksum.
+        const std::wstring path = uninstallKey + L"Files\\" + name;
+        EXPECT_TRUE(registry[path].starts_with(
+            L"1:" + std::to_wstring(bytesOf(folder + L"\\" + name).size()) + L' '));
+        expected[path] = registry[path];
+    }
     EXPECT_EQ(differences(expected, registry), L"");
 
     std::uintmax_t bytes = 0;
@@ -406,6 +417,131 @@ TEST_F(Installer, RefusesAFolderThatTheProgramCouldNotUse) {
         << "is read back";
     uninstall();
     std::filesystem::remove_all(L"C:\\" + std::wstring(100, L'a'));
+}
+
+TEST_F(Installer, RefusesAFolderThatHoldsOtherFiles) {
+    const std::wstring folder = L"C:\\documents of mine";
+    std::filesystem::create_directory(folder);
+    for (const wchar_t* const name : {L"README.txt", L"Uninstall.exe", L"novel.txt"}) {
+        SCOPED_TRACE(testing::PrintToString(name));
+        writeFile(folder + L"\\" + name);
+        const Outcome refused = install(kVersion, L"/D=" + folder);
+        EXPECT_EQ(refused.code, kForeignFolder);
+        EXPECT_THAT(refused.words, HasSubstr("is not empty: it has"));
+        EXPECT_EQ(filesIn(folder), std::set<std::wstring>{name});
+        EXPECT_EQ(bytesOf(folder + L"\\" + name), kOwnText);
+        EXPECT_EQ(installed(L"DisplayVersion"), std::nullopt);
+        DeleteFileW((folder + L"\\" + name).c_str());
+    }
+    ASSERT_EQ(install(kVersion, L"/D=" + folder).code, kDone) << "the folder is empty now";
+    expectInstalled(kVersion, folder);
+}
+
+TEST_F(Installer, RefusesAFolderThatBelongsToWindows) {
+    for (const wchar_t* const folder :
+         {L"C:\\windows", L"C:\\windows\\Kelvaro", L"C:\\windows\\system32\\a\\b"}) {
+        const Outcome refused = install(kVersion, std::wstring(L"/D=") + folder);
+        EXPECT_EQ(refused.code, kForeignFolder);
+        EXPECT_THAT(refused.words, HasSubstr("belongs to Windows"));
+        EXPECT_EQ(installed(L"DisplayVersion"), std::nullopt);
+    }
+}
+
+TEST_F(Installer, TakesAFolderWithCoreTempsLibraryAndWithFilesOfAnInstallationThatWasCutShort) {
+    const std::wstring library = std::wstring(kUsualFolder) + L"\\GetCoreTempInfo.dll";
+    std::filesystem::create_directory(kUsualFolder);
+    writeFile(library);
+    std::filesystem::copy_file(environment(L"KELVARO_SHIPPED") + L"\\README.txt",
+                               std::wstring(kUsualFolder) + L"\\README.txt");
+    EXPECT_EQ(install(kVersion).code, kDone);
+    EXPECT_EQ(installed(L"DisplayVersion"), kVersion);
+    uninstall();
+    EXPECT_EQ(filesIn(kUsualFolder), std::set<std::wstring>{L"GetCoreTempInfo.dll"});
+    std::filesystem::remove_all(kUsualFolder);
+}
+
+TEST_F(Installer, DeletesNoFileThatTheUserPutInThePlaceOfItsOwn) {
+    const std::wstring old = L"C:\\old";
+    ASSERT_EQ(install(kOlderVersion, L"/D=" + old).code, kDone);
+    writeFile(old + L"\\README.txt");
+    ASSERT_EQ(install(kVersion, std::wstring(L"/D=") + kUsualFolder).code, kDone);
+    EXPECT_EQ(filesIn(old), std::set<std::wstring>{L"README.txt"});
+    EXPECT_EQ(bytesOf(old + L"\\README.txt"), kOwnText);
+    std::filesystem::remove_all(old);
+
+    const std::wstring changed = std::wstring(kUsualFolder) + L"\\CHANGELOG.txt";
+    writeFile(changed);
+    uninstall();
+    EXPECT_EQ(filesIn(kUsualFolder), std::set<std::wstring>{L"CHANGELOG.txt"});
+    EXPECT_EQ(bytesOf(changed), kOwnText);
+    std::filesystem::remove_all(kUsualFolder);
+}
+
+/// The installer with its page on which the folder is chosen.
+class FolderPage {
+public:
+    FolderPage() : setup_(setupOf(kVersion), L"/D=C:\\elsewhere") {
+        EXPECT_TRUE(waitFor([this] {
+            window_ = findWindow(id(), L"#32770");
+            return window_ != nullptr && IsWindowVisible(window_) != FALSE && folderBox() != nullptr;
+        }));
+    }
+
+    std::wstring folder() const { return textOf(folderBox()); }
+    void setFolder(const wchar_t* folder) const {
+        SendMessageW(folderBox(), WM_SETTEXT, 0, reinterpret_cast<LPARAM>(folder));
+    }
+    void browse() const { PostMessageW(GetParent(folderBox()), WM_COMMAND, kBrowseButton, 0); }
+    void install() const { pressButton(window_, IDOK); }
+    DWORD id() const { return setup_.id(); }
+
+    /// Waits for a box or dialog of the installer.
+    HWND waitForBox() const {
+        HWND box = nullptr;
+        waitFor([&] {
+            box = findWindow(id(), L"#32770");
+            return box != nullptr && GetWindow(box, GW_OWNER) == window_ && IsWindowVisible(box) != FALSE;
+        });
+        return box;
+    }
+
+private:
+    static constexpr int kFolderBox = 1019;
+    static constexpr int kBrowseButton = 1001;
+
+    HWND folderBox() const {
+        HWND box = nullptr;
+        for (HWND page = nullptr; box == nullptr;) {
+            page = FindWindowExW(window_, page, L"#32770", nullptr);
+            if (page == nullptr) {
+                break;
+            }
+            box = GetDlgItem(page, kFolderBox);
+        }
+        return box;
+    }
+
+    HWND window_ = nullptr;
+    ChildProcess setup_;
+};
+
+TEST_F(Installer, MakesAChosenFolderOneOfItsOwn) {
+    const FolderPage page;
+    EXPECT_EQ(page.folder(), L"C:\\elsewhere");
+    page.setFolder(L"C:\\windows");
+    page.install();
+    const HWND box = page.waitForBox();
+    constexpr int kBoxText = 0xFFFF;
+    EXPECT_THAT(textOf(GetDlgItem(box, kBoxText)), HasSubstr(L"belongs to Windows"));
+    pressButton(box, IDOK);
+    EXPECT_TRUE(waitUntilGone(box));
+    EXPECT_EQ(page.folder(), L"C:\\windows") << "the page stays";
+
+    page.setFolder(L"C:\\real folder");
+    page.browse();
+    pressButton(page.waitForBox(), IDOK);
+    EXPECT_TRUE(waitFor([&page] { return page.folder() == L"C:\\real folder\\Kelvaro"; }))
+        << testing::PrintToString(page.folder());
 }
 
 TEST_F(Installer, LeavesWhatIsNotItsOwn) {
