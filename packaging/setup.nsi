@@ -183,25 +183,6 @@ Applet on its options page; then press Retry." IDRETRY end
     Quit
 FunctionEnd
 
-; Goes on when the program's file in the folder $0 is not in use, as it is when it runs for another user.
-Function ${un}checkFileIsFree
-retry:
-    ${IfNot} ${FileExists} "$0\Kelvaro.exe"
-        Return
-    ${EndIf}
-    ClearErrors
-    FileOpen $1 "$0\Kelvaro.exe" a
-    ${IfNot} ${Errors}
-        FileClose $1
-        Return
-    ${EndIf}
-    MessageBox MB_RETRYCANCEL|MB_ICONEXCLAMATION "$0\Kelvaro.exe is in use. Does Kelvaro run for another user who is \
-logged on? End it, and press Retry." /SD IDCANCEL IDRETRY retry
-    Push "$0\Kelvaro.exe is in use, perhaps by another user who is logged on. End it first."
-    Push ${EXIT_RUNNING}
-    Call ${un}refuse
-FunctionEnd
-
 ; $2: the command of this user's start entry behind `"FOLDER\`, empty when it does not begin with that. FOLDER is $0.
 Function ${un}runEntryIn
     ReadRegStr $1 HKCU "${RUN_KEY}" "Kelvaro"
@@ -303,6 +284,46 @@ Function ${un}removeOwn
             StrCpy $R4 1
         ${EndIf}
     ${EndIf}
+FunctionEnd
+
+; For eachFile: $R4 becomes the path of a file in the folder $R3 that is in use, or cannot be written to.
+Function ${un}checkFile
+    ${If} $R4 != ""
+        Return
+    ${EndIf}
+    ; To read, write and delete, with nobody else: a program that runs does not allow this.
+    System::Call 'kernel32::CreateFileW(w "$R3\$R0", i 0xC0010000, i 0, p 0, i 3, i 0, p 0) p .r2 ?e'
+    Pop $1
+    ${If} $2 <> -1
+        System::Call 'kernel32::CloseHandle(p r2)'
+    ${ElseIf} $1 <> 2 ; there is none, or no folder
+    ${AndIf} $1 <> 3
+        StrCpy $R4 "$R3\$R0"
+        SetFileAttributes $R4 NORMAL
+    ${EndIf}
+FunctionEnd
+
+; Goes on when all files of the list $R8 in the folder $R3 can be replaced; until then nothing is touched. A program that
+; has just ended has its file open for a moment longer.
+Function ${un}checkFiles
+    StrCpy $R5 20
+retry:
+    StrCpy $R4 ""
+    GetFunctionAddress $R9 ${un}checkFile
+    Call ${un}eachFile
+    ${If} $R4 == ""
+        Return
+    ${EndIf}
+    ${If} $R5 > 0
+        IntOp $R5 $R5 - 1
+        Sleep 100
+        Goto retry
+    ${EndIf}
+    MessageBox MB_RETRYCANCEL|MB_ICONEXCLAMATION "$R4 is in use. End that program, perhaps of another user who is logged \
+on, and press Retry." /SD IDCANCEL IDRETRY retry
+    Push "$R4 is in use, perhaps by another user who is logged on. End that program first."
+    Push ${EXIT_RUNNING}
+    Call ${un}refuse
 FunctionEnd
 
 ; Deletes from the folder $R3 what was installed by the list $R8, and the folder when nothing else is in it; $R4: 1 when
@@ -495,6 +516,8 @@ Function isOwnFile
     StrCpy $R6 1
     ${If} $R4 != "."
     ${AndIf} $R4 != ".."
+    ${AndIf} $R4 != "Kelvaro.new"
+    ${AndIf} $R4 != "Kelvaro.old"
     ${AndIf} $R4 != "GetCoreTempInfo.dll"
         StrCpy $R6 0
         StrCpy $0 "$INSTDIR\$R4"
@@ -512,6 +535,150 @@ Function compareOwn
     ${AndIf} $R1 == $R5
         StrCpy $R6 1
     ${EndIf}
+FunctionEnd
+
+; What is installed is first complete in $INSTDIR\Kelvaro.new; then what is there goes to Kelvaro.old and the new files
+; take its place, all on one drive. Until the end everything can be undone.
+
+; Extracts the files.
+Function extractFiles
+    Call restoreFiles ; after an installation that was cut short
+    Call removeNew
+    ClearErrors
+    SetOverwrite try
+    SetOutPath "$INSTDIR\Kelvaro.new"
+    !include "${LISTS}/install.nsh"
+    WriteUninstaller "$INSTDIR\Kelvaro.new\Uninstall.exe"
+    StrCpy $R6 0
+    ${If} ${Errors}
+        StrCpy $R6 1
+    ${EndIf}
+    ; The folder in which the installer works cannot be removed.
+    SetOutPath $PLUGINSDIR
+    ${If} $R6 = 1
+        Call refuseUnwritten
+    ${EndIf}
+FunctionEnd
+
+Function removeNew
+    Delete "$INSTDIR\Kelvaro.new\*"
+    RMDir "$INSTDIR\Kelvaro.new"
+FunctionEnd
+
+; For eachFile: puts a file aside; $R4 becomes 1 when that cannot be done. So do the two below.
+Function putAside
+    ${If} ${FileExists} "$INSTDIR\$R0"
+        ClearErrors
+        Rename "$INSTDIR\$R0" "$INSTDIR\Kelvaro.old\$R0"
+        ${If} ${Errors}
+            StrCpy $R4 1
+        ${EndIf}
+    ${EndIf}
+FunctionEnd
+
+Function putInPlace
+    ClearErrors
+    Rename "$INSTDIR\Kelvaro.new\$R0" "$INSTDIR\$R0"
+    ${If} ${Errors}
+        StrCpy $R4 1
+    ${EndIf}
+FunctionEnd
+
+; Removes again what putInPlace has put there.
+Function takeAway
+    ${IfNot} ${FileExists} "$INSTDIR\Kelvaro.new\$R0"
+        Delete "$INSTDIR\$R0"
+    ${EndIf}
+FunctionEnd
+
+; Calls the function at $R9 for each file that is installed.
+Function eachNewFile
+    StrCpy $R8 "$PLUGINSDIR\new.txt"
+    Call eachFile
+    StrCpy $R0 "Uninstall.exe"
+    Call $R9
+FunctionEnd
+
+Function swapFiles
+    CreateDirectory "$INSTDIR\Kelvaro.old"
+    StrCpy $R4 0
+    GetFunctionAddress $R9 putAside
+    Call eachNewFile
+    ; What this version has no longer.
+    StrCpy $0 $INSTDIR
+    StrCpy $1 $oldFolder
+    Call isSameFolder
+    ${If} $0 = 1
+        StrCpy $R8 "$PLUGINSDIR\old.txt"
+        Call eachFile
+    ${EndIf}
+    ${If} $R4 = 0
+        GetFunctionAddress $R9 putInPlace
+        Call eachNewFile
+    ${EndIf}
+    ${If} $R4 <> 0
+        Call undoSwap
+        Call refuseUnwritten
+    ${EndIf}
+FunctionEnd
+
+Function undoSwap
+    GetFunctionAddress $R9 takeAway
+    Call eachNewFile
+    Call restoreFiles
+FunctionEnd
+
+; Puts back what was put aside.
+Function restoreFiles
+    FindFirst $R3 $R4 "$INSTDIR\Kelvaro.old\*"
+    ${DoWhile} $R4 != ""
+        ${IfNot} ${FileExists} "$INSTDIR\Kelvaro.old\$R4\*"
+            Delete "$INSTDIR\$R4"
+            Rename "$INSTDIR\Kelvaro.old\$R4" "$INSTDIR\$R4"
+        ${EndIf}
+        FindNext $R3 $R4
+    ${Loop}
+    FindClose $R3
+    RMDir "$INSTDIR\Kelvaro.old"
+FunctionEnd
+
+Function refuseUnwritten
+    Call removeNew
+    RMDir "$INSTDIR"
+    Push "Not everything could be written into '$INSTDIR' and the registry. What was installed before is as it was."
+    Push ${EXIT_NOT_WRITTEN}
+    Call refuse
+FunctionEnd
+
+; After the end of the swap: deletes what was put aside. A file that is not the installed one is the user's and stays,
+; under its name with a number.
+Function dropOldFiles
+    RMDir "$INSTDIR\Kelvaro.new"
+    StrCpy $R3 "$INSTDIR\Kelvaro.old"
+    StrCpy $R8 "$PLUGINSDIR\old.txt"
+    Call removeFiles
+    StrCpy $R8 "$PLUGINSDIR\new.txt"
+    Call removeFiles
+    FindFirst $R3 $R4 "$INSTDIR\Kelvaro.old\*"
+    ${DoWhile} $R4 != ""
+        ${IfNot} ${FileExists} "$INSTDIR\Kelvaro.old\$R4\*"
+            StrCpy $0 1
+            ${While} ${FileExists} "$INSTDIR\$R4.$0"
+                IntOp $0 $0 + 1
+            ${EndWhile}
+            Rename "$INSTDIR\Kelvaro.old\$R4" "$INSTDIR\$R4.$0"
+        ${EndIf}
+        FindNext $R3 $R4
+    ${Loop}
+    FindClose $R3
+    RMDir "$INSTDIR\Kelvaro.old"
+FunctionEnd
+
+; The disk is full, say, in the middle of a file.
+Function .onInstFailed
+    Call removeNew
+    RMDir "$INSTDIR"
+    SetErrorLevel ${EXIT_NOT_WRITTEN}
 FunctionEnd
 
 ; For eachFile: notes in the registry what is installed.
@@ -549,22 +716,29 @@ Function leaveOldFolder
         StrCpy $R3 $oldFolder
         StrCpy $R8 "$PLUGINSDIR\old.txt"
         Call removeFiles
+        ${If} $R4 <> 0
+            Push "Kelvaro is installed, but not everything could be removed from '$oldFolder'."
+            Push ${EXIT_NOT_WRITTEN}
+            Call refuse
+        ${EndIf}
     ${EndIf}
 FunctionEnd
 
 Section
     Call endRunning
-    StrCpy $0 $INSTDIR
-    Call checkFileIsFree
+    StrCpy $R3 $INSTDIR
+    StrCpy $R8 "$PLUGINSDIR\new.txt"
+    Call checkFiles
     ${If} $oldFolder != ""
-        StrCpy $0 $oldFolder
-        Call checkFileIsFree
+        StrCpy $R3 $oldFolder
+        StrCpy $R8 "$PLUGINSDIR\old.txt"
+        Call checkFiles
     ${EndIf}
+    Call extractFiles
+    Call swapFiles
 
+    ; The version comes last.
     ClearErrors
-    SetOutPath "$INSTDIR"
-    !include "${LISTS}/install.nsh"
-    WriteUninstaller "$INSTDIR\Uninstall.exe"
     WriteRegStr HKLM "${PROGRAM_KEY}" "InstallDir" "$INSTDIR"
     CreateDirectory "${START_MENU}"
     CreateShortcut "${START_MENU}\Kelvaro.lnk" "$INSTDIR\Kelvaro.exe" "" "" "" "" "" "System monitor on the keyboard's LCD"
@@ -574,7 +748,6 @@ Section
             "$INSTDIR\KelvaroReport.exe" 0 "" "" "What Kelvaro finds on this computer"
     !endif
     WriteRegStr HKLM "${UNINSTALL_KEY}" "DisplayName" "Kelvaro"
-    WriteRegStr HKLM "${UNINSTALL_KEY}" "DisplayVersion" "${VERSION}"
     WriteRegStr HKLM "${UNINSTALL_KEY}" "Publisher" "The Kelvaro developers"
     WriteRegStr HKLM "${UNINSTALL_KEY}" "DisplayIcon" "$INSTDIR\Kelvaro.exe"
     WriteRegStr HKLM "${UNINSTALL_KEY}" "InstallLocation" "$INSTDIR"
@@ -583,10 +756,10 @@ Section
     WriteRegDWORD HKLM "${UNINSTALL_KEY}" "EstimatedSize" ${SIZE_KB}
     WriteRegDWORD HKLM "${UNINSTALL_KEY}" "NoModify" 1
     WriteRegDWORD HKLM "${UNINSTALL_KEY}" "NoRepair" 1
+    WriteRegStr HKLM "${UNINSTALL_KEY}" "DisplayVersion" "${VERSION}"
     ${If} ${Errors}
-        Push "Not everything could be written into '$INSTDIR' and the registry."
-        Push ${EXIT_NOT_WRITTEN}
-        Call refuse
+        Call undoSwap
+        Call refuseUnwritten
     ${EndIf}
     DeleteRegKey HKLM "${UNINSTALL_KEY}\Files"
     StrCpy $R8 "$PLUGINSDIR\new.txt"
@@ -595,6 +768,7 @@ Section
     StrCpy $0 "$INSTDIR\Uninstall.exe"
     Call fingerprint
     WriteRegStr HKLM "${UNINSTALL_KEY}\Files" "Uninstall.exe" $1
+    Call dropOldFiles
     Call leaveOldFolder
 SectionEnd
 
@@ -607,9 +781,18 @@ Function un.removeRunEntry
 FunctionEnd
 
 Section Uninstall
+    SetOutPath $PLUGINSDIR
     Call un.endRunning
-    StrCpy $0 $INSTDIR
-    Call un.checkFileIsFree
+    StrCpy $R3 $INSTDIR
+    StrCpy $R8 "$PLUGINSDIR\new.txt"
+    Call un.checkFiles
+    ; As long as something of it is there, so are the entries: it can be tried again.
+    Call un.removeFiles
+    ${If} $R4 <> 0
+        Push "Not everything could be removed from '$INSTDIR'. Please try it again."
+        Push ${EXIT_NOT_WRITTEN}
+        Call un.refuse
+    ${EndIf}
 
     StrCpy $0 $INSTDIR
     Call un.removeRunEntry
@@ -626,16 +809,24 @@ Section Uninstall
         DeleteRegValue HKLM "${PROGRAM_KEY}" "InstallDir"
         DeleteRegKey /ifempty HKLM "${PROGRAM_KEY}"
     ${EndIf}
-    ; What runs is a copy of it.
+    ; What runs is a copy of it; the process that made the copy has its file open for a moment longer.
     StrCpy $0 $EXEPATH
     Call un.fingerprint
     StrCpy $6 $1
     StrCpy $0 "$INSTDIR\Uninstall.exe"
     Call un.fingerprint
-    ${If} $1 == $6
-        Delete "$INSTDIR\Uninstall.exe"
-    ${EndIf}
-    StrCpy $R3 $INSTDIR
-    StrCpy $R8 "$PLUGINSDIR\new.txt"
-    Call un.removeFiles
+    ${For} $7 1 50
+        ${If} $1 == $6
+            Delete "$INSTDIR\Uninstall.exe"
+        ${EndIf}
+        RMDir "$INSTDIR"
+        ${DirState} "$INSTDIR" $0
+        ${If} $0 <> 0 ; not empty, or gone
+            ${If} $1 != $6
+            ${OrIfNot} ${FileExists} "$INSTDIR\Uninstall.exe"
+                ${Break}
+            ${EndIf}
+        ${EndIf}
+        Sleep 100
+    ${Next}
 SectionEnd

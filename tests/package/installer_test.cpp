@@ -11,6 +11,7 @@
 #include <filesystem>
 #include <fstream>
 #include <iterator>
+#include <map>
 #include <optional>
 #include <set>
 #include <string>
@@ -45,6 +46,7 @@ constexpr wchar_t kUsualFolder[] = L"C:\\Program Files\\Kelvaro";
 
 // Exit codes of the installer and the uninstaller.
 constexpr DWORD kDone = 0;
+constexpr DWORD kNotWritten = 2;
 constexpr DWORD kRunning = 3;
 constexpr DWORD kNewerInstalled = 4;
 constexpr DWORD kUnsuitableFolder = 5;
@@ -577,6 +579,121 @@ TEST_F(Installer, DoesNotReplaceAFileThatAnotherUserRuns) {
         EXPECT_THAT(kept.words, HasSubstr("is in use"));
     }
     expectInstalled(kOlderVersion, kUsualFolder);
+}
+
+/// A program that was loaded and does nothing: its file is in use.
+class SuspendedProgram {
+public:
+    explicit SuspendedProgram(const std::wstring& path) {
+        STARTUPINFOW startup{};
+        startup.cb = sizeof(startup);
+        PROCESS_INFORMATION started{};
+        EXPECT_NE(CreateProcessW(path.c_str(),
+                                 nullptr,
+                                 nullptr,
+                                 nullptr,
+                                 FALSE,
+                                 CREATE_SUSPENDED | CREATE_NO_WINDOW,
+                                 nullptr,
+                                 nullptr,
+                                 &startup,
+                                 &started),
+                  FALSE)
+            << "error " << GetLastError();
+        process_.reset(started.hProcess);
+        CloseHandle(started.hThread);
+    }
+    ~SuspendedProgram() {
+        TerminateProcess(process_.get(), 0);
+        WaitForSingleObject(process_.get(), INFINITE);
+    }
+    SuspendedProgram(const SuspendedProgram&) = delete;
+    SuspendedProgram& operator=(const SuspendedProgram&) = delete;
+
+private:
+    Panelix::UniqueHandle process_;
+};
+
+TEST_F(Installer, TouchesNothingWhileOneOfItsProgramsRuns) {
+    ASSERT_EQ(install(kOlderVersion).code, kDone);
+    const RegistryContents registry = registryContents();
+    const std::set<std::wstring> files = filesOnDrive();
+    for (const std::wstring& name : shippedFiles()) {
+        if (!name.ends_with(L".exe")) {
+            continue;
+        }
+        SCOPED_TRACE(testing::PrintToString(name));
+        const SuspendedProgram program(std::wstring(kUsualFolder) + L"\\" + name);
+        const Outcome refused = install(kVersion);
+        EXPECT_EQ(refused.code, kRunning);
+        EXPECT_THAT(refused.words, HasSubstr("is in use"));
+        const Outcome moved = install(kVersion, L"/D=C:\\elsewhere");
+        EXPECT_EQ(moved.code, kRunning);
+        const Outcome kept = runProgram(std::wstring(kUsualFolder) + L"\\Uninstall.exe",
+                                        L"/S _?=" + std::wstring(kUsualFolder));
+        EXPECT_EQ(kept.code, kRunning);
+        EXPECT_EQ(differences(registry, registryContents()), L"");
+        EXPECT_EQ(differences(files, filesOnDrive()), L"");
+    }
+}
+
+/// Bytes of all files in the usual folder.
+std::map<std::wstring, std::string> installedBytes() {
+    std::map<std::wstring, std::string> bytes;
+    for (const std::wstring& name : filesIn(kUsualFolder)) {
+        bytes[name] = bytesOf(std::wstring(kUsualFolder) + L"\\" + name);
+    }
+    return bytes;
+}
+
+TEST_F(Installer, LeavesTheOldVersionWhenAFileCannotBeWritten) {
+    ASSERT_EQ(install(kOlderVersion).code, kDone);
+    const std::map<std::wstring, std::string> before = installedBytes();
+    // Where the new file, and where the old one shall go, is a folder that is not empty.
+    for (const wchar_t* const place : {L"Kelvaro.new", L"Kelvaro.old"}) {
+        SCOPED_TRACE(testing::PrintToString(place));
+        const std::wstring folder = std::wstring(kUsualFolder) + L"\\" + place;
+        const std::wstring obstacle = folder + L"\\README.txt";
+        std::filesystem::create_directories(obstacle);
+        writeFile(obstacle + L"\\mine.txt");
+        const Outcome failed = install(kVersion);
+        EXPECT_EQ(failed.code, kNotWritten);
+        EXPECT_THAT(failed.words, HasSubstr("What was installed before is as it was."));
+        EXPECT_EQ(bytesOf(obstacle + L"\\mine.txt"), kOwnText);
+        std::filesystem::remove_all(folder);
+        EXPECT_EQ(installedBytes(), before);
+        expectInstalled(kOlderVersion, kUsualFolder);
+        RunningProgram kelvaro(kUsualFolder);
+        PostMessageW(kelvaro.window, WM_COMMAND, Panelix::kCommandExit, 0);
+        EXPECT_EQ(kelvaro.process.waitForExit(), DWORD{0});
+    }
+    ASSERT_EQ(install(kVersion).code, kDone);
+    expectInstalled(kVersion, kUsualFolder);
+}
+
+TEST_F(Installer, GoesOnAfterAnInstallationThatWasCutShort) {
+    ASSERT_EQ(install(kOlderVersion).code, kDone);
+    const std::wstring folder = kUsualFolder;
+    std::filesystem::create_directory(folder + L"\\Kelvaro.new");
+    writeFile(folder + L"\\Kelvaro.new\\Kelvaro.exe");
+    std::filesystem::create_directory(folder + L"\\Kelvaro.old");
+    std::filesystem::rename(folder + L"\\Kelvaro.exe", folder + L"\\Kelvaro.old\\Kelvaro.exe");
+    ASSERT_EQ(install(kVersion).code, kDone);
+    expectInstalled(kVersion, folder);
+}
+
+TEST_F(Installer, KeepsAFileThatTheUserChangedUnderAnotherName) {
+    ASSERT_EQ(install(kOlderVersion).code, kDone);
+    const std::wstring readme = std::wstring(kUsualFolder) + L"\\README.txt";
+    for (const wchar_t* const kept : {L".1", L".2"}) {
+        writeFile(readme);
+        ASSERT_EQ(install(kVersion).code, kDone);
+        EXPECT_EQ(bytesOf(readme), bytesOf(environment(L"KELVARO_SHIPPED") + L"\\README.txt"));
+        EXPECT_EQ(bytesOf(readme + kept), kOwnText);
+    }
+    DeleteFileW((readme + L".1").c_str());
+    DeleteFileW((readme + L".2").c_str());
+    expectInstalled(kVersion, kUsualFolder);
 }
 
 TEST_F(Installer, RefusesAWindowsBeforeItsTime) {
