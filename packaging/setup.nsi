@@ -43,7 +43,7 @@ VIAddVersionKey /LANG=0 "ProductName" "Kelvaro"
 VIAddVersionKey /LANG=0 "ProductVersion" "${VERSION}"
 
 !ifdef SIGN
-    !uninstfinalize '${SIGN} "%1"' = 0
+    !uninstfinalize '"${SIGN}" "%1"' = 0
 !endif
 
 !include LogicLib.nsh

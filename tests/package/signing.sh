@@ -6,6 +6,8 @@ set -euo pipefail
 source "$(dirname "${BASH_SOURCE[0]}")/../../scripts/common.sh"
 # shellcheck source=../../scripts/display.sh
 source "$KELVARO_ROOT/scripts/display.sh"
+# shellcheck source=../../scripts/release_files.sh
+source "$KELVARO_ROOT/scripts/release_files.sh"
 
 folder="$(mktemp -d "${TMPDIR:-/tmp}/kelvaro-signing.XXXXXX")"
 package="$folder/package"
@@ -63,6 +65,19 @@ installQuietly() {
     "$KELVARO_ROOT/scripts/wine.sh" "$1" /S '/D=C:\signed' || fail "the signed installer does not install"
 }
 
+# NSIS starts the signing script for the uninstaller, by a path that has a blank here.
+packInFolderWithBlank() {
+    local version programs
+    ln -s "$KELVARO_ROOT" "$folder/a checkout"
+    KELVARO_ROOT="$folder/a checkout"
+    export KELVARO_SIGN_CERTIFICATE="$folder/signer.p12" KELVARO_SIGN_PASSWORD_FILE="$folder/signer.password"
+    setReleaseTime
+    readPrograms "$KELVARO_ROOT/out/build/release/programs.txt"
+    makeStage
+    stageFiles "${programs[@]}"
+    makeSetup "$version" "$folder/blank.exe"
+}
+
 trapSignals
 trap cleanUp EXIT
 makeCertificate signer
@@ -81,3 +96,5 @@ expectAlteredFileFails "$folder/programs/Kelvaro.exe"
 expectAlteredFileFails "$package"/KelvaroSetup-*.exe
 ! "$KELVARO_ROOT/package.sh" --output "$folder/none" --sign-with "$folder/signer.p12" --password-file \
     "$folder/signer.pem" >"$folder/log" 2>&1 || fail "a wrong password goes unnoticed"
+(packInFolderWithBlank) || fail "nothing is signed in a checkout whose path has a blank"
+expectSigned "$folder/blank.exe"
