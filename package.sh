@@ -89,11 +89,11 @@ parseOptions "$@"
 checkSigning
 refuseOtherSums "$package"
 makeOutFolder
-setReleaseTime
 ensurePackages "${KELVARO_RUN_PACKAGES[@]}" "${KELVARO_PACKAGE_PACKAGES[@]}"
 if signing; then
     ensurePackages "${KELVARO_SIGN_PACKAGES[@]}"
 fi
+setReleaseTime
 if ((tests)); then
     # All programs of the build are packed; those of the installer's tests are not built otherwise.
     buildPreset release all installer_tests
@@ -101,6 +101,7 @@ else
     buildPreset release programs
 fi
 readPrograms "$here/out/build/release/programs.txt"
+grep -qF "## [$version]" "$here/CHANGELOG.md" || fail "CHANGELOG.md has no section [$version], the version that is packed"
 if [[ -n "$(git -C "$here" status --porcelain 2>/dev/null)" ]]; then
     say "Note: the checkout has changes that are not committed; they are in the files"
 fi

@@ -384,7 +384,7 @@ Function .onInit
     ${EndIf}
 FunctionEnd
 
-; Writes the list of what was installed before. Version 1.0.0 kept none.
+; Writes the list of what was installed before. The first version kept none.
 Function listOldFiles
     FileOpen $1 "$PLUGINSDIR\old.txt" w
     EnumRegValue $2 HKLM "${UNINSTALL_KEY}\Files" 0

@@ -24,10 +24,12 @@ readPrograms() {
 
 # Sets SOURCE_DATE_EPOCH, unless the caller has: seconds since 1970, the time that all files have.
 setReleaseTime() {
+    local problem
     export TZ=UTC LC_ALL=C.UTF-8
     if [[ -z "${SOURCE_DATE_EPOCH:-}" ]]; then
-        SOURCE_DATE_EPOCH="$(git -C "$KELVARO_ROOT" log -1 --format=%ct 2>/dev/null)" ||
-            fail "this is no git checkout: set SOURCE_DATE_EPOCH to the time that the files shall have"
+        problem="$(git -C "$KELVARO_ROOT" log -1 --format=%ct 2>&1 >/dev/null)" ||
+            fail "set SOURCE_DATE_EPOCH to the time that the files shall have, since git does not tell it: $problem"
+        SOURCE_DATE_EPOCH="$(git -C "$KELVARO_ROOT" log -1 --format=%ct 2>/dev/null)"
     fi
     [[ "$SOURCE_DATE_EPOCH" =~ ^[0-9]+$ ]] || fail "SOURCE_DATE_EPOCH is no number of seconds: '$SOURCE_DATE_EPOCH'"
     export SOURCE_DATE_EPOCH
@@ -145,7 +147,8 @@ makeSums() {
 # releaseNames VERSION: prints the names of the version's release files that the current folder has.
 releaseNames() {
     local name
-    for name in "KelvaroSetup-$1-x64.exe" "Kelvaro-$1-symbols.zip" "Kelvaro-$1-x64.zip" "KelvaroTests-$1-x64.zip" SHA256SUMS; do
+    for name in "KelvaroSetup-$1-x64.exe" "Kelvaro-$1-symbols.zip" "Kelvaro-$1-x64.zip" "KelvaroTests-$1-x64.zip" \
+        SHA256SUMS; do
         [[ ! -f "$name" ]] || printf '%s\n' "$name"
     done
     for name in "$KELVARO_ROOT"/packaging/winget/*.yaml; do

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "app/version.h"
+
 // The report's texts, with stars where the machine's own values stand, and names in braces for paths of the
 // checkout.
 
@@ -11,9 +13,9 @@ The names of users, of computers, of the domain and of mail accounts are left ou
 here under the names that Windows shows: read the text before you send it.
 
 Program
-  Version                     1.0.0
+  Version                     )text" KELVARO_VERSION_TEXT R"text(
   Report                      %USERPROFILE%\Temp\kelvaro-test-*\KelvaroReport.exe
-  Kelvaro.exe beside it       version 1.0.0.0
+  Kelvaro.exe beside it       version )text" KELVARO_VERSION_TEXT R"text(.0
   Kelvaro runs now            no
 
 Windows
@@ -187,7 +189,7 @@ The names of users, of computers, of the domain and of mail accounts are left ou
 here under the names that Windows shows: read the text before you send it.
 
 Program
-  Version                     1.0.0
+  Version                     )text" KELVARO_VERSION_TEXT R"text(
   Report                      %USERPROFILE%\Temp\kelvaro-test-*\KelvaroReport.exe
   Kelvaro.exe beside it       not there
   Kelvaro runs now            no

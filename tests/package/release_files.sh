@@ -41,3 +41,18 @@ rm "$downloads/KelvaroSetup-0.9.0-x64.exe"
 printf '%064d  debian.iso\n' 0 >"$downloads/SHA256SUMS"
 ! pack || fail "packing replaced the SHA256SUMS of other files"
 grep -q debian.iso "$downloads/SHA256SUMS" || fail "packing replaced the SHA256SUMS of other files"
+
+# What git says when it refuses a folder is passed on.
+mkdir "$folder/bin"
+printf '#!/bin/sh\necho "fatal: detected dubious ownership" >&2\nexit 128\n' >"$folder/bin/git"
+chmod +x "$folder/bin/git"
+rm "$downloads/SHA256SUMS"
+! PATH="$folder/bin:$PATH" SOURCE_DATE_EPOCH='' pack || fail "packs without a time"
+grep -q 'set SOURCE_DATE_EPOCH .*: fatal: detected dubious ownership' "$log" || fail "does not say why git fails"
+# Where git is missing it is installed first; here that fails.
+printf '#!/bin/sh\nexit 127\n' >"$folder/bin/git"
+printf '#!/bin/sh\n/usr/bin/dpkg-query "$@" | grep -v "^git "\n' >"$folder/bin/dpkg-query"
+printf '#!/bin/sh\nexit 1\n' >"$folder/bin/apt-get"
+chmod +x "$folder/bin/dpkg-query" "$folder/bin/apt-get"
+! PATH="$folder/bin:$PATH" SOURCE_DATE_EPOCH='' pack || fail "packs without git"
+grep -q 'could not install: git' "$log" || fail "does not try to install git"
