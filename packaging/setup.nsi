@@ -6,7 +6,8 @@
 ;   SIGN     optional: a command that signs the file whose path follows it
 ;
 ; Switches: /S installs silently, /D=FOLDER (the last one, without quotes) into this folder, /ALLOWDOWNGRADE replaces
-; a newer version without asking. Without /D an installation that is there is replaced where it is.
+; a newer version without asking, /FORCE ends Kelvaro without asking, also on the LCD. Without /D an installation that is
+; there is replaced where it is. The uninstaller knows /S and /FORCE.
 ;
 ; Exit codes of the installer, and of the uninstaller when it is started with _?=FOLDER (without it, a copy of the
 ; uninstaller does the work and the exit code is lost). Silently, the reason goes to the standard error.
@@ -91,6 +92,9 @@ otherwise as an icon in the notification area."
 ; What was installed before; both empty when nothing was.
 Var oldFolder
 Var oldVersion
+; Whether Kelvaro is ended without asking, and whether it was ended.
+Var force
+Var ended
 ; The exit code of a folder that findFolderFault does not take.
 Var folderCode
 
@@ -101,18 +105,24 @@ InstallDir "$oldFolder\Kelvaro"
 ; What installer and uninstaller have both, the latter with names that begin with "un.".
 !macro commonFunctions un
 
-; Ends with this exit code and says why.
-Function ${un}refuse
-    Exch $0 ; the exit code
-    Exch
-    Exch $1 ; the reason
+; Says the text on the stack: in a box, or silently to the standard error.
+Function ${un}tell
+    Exch $1
     ${If} ${Silent}
         System::Call 'kernel32::AttachConsole(i -1)'
         System::Call 'kernel32::GetStdHandle(i -12) p .r2'
         FileWrite $2 "$1$\r$\n"
     ${Else}
-        MessageBox MB_OK|MB_ICONSTOP "$1"
+        MessageBox MB_OK|MB_ICONEXCLAMATION "$1"
     ${EndIf}
+    Pop $1
+FunctionEnd
+
+; Ends with this exit code and says why.
+Function ${un}refuse
+    Exch $0 ; the exit code
+    Exch
+    Call ${un}tell ; the reason
     SetErrorLevel $0
     Quit
 FunctionEnd
@@ -157,30 +167,87 @@ Function ${un}askToEnd
     Sleep 1000
 FunctionEnd
 
-; Goes on when Kelvaro runs no longer. With a preview window it is ended; on the LCD only its own menu can do that.
+; Ends the processes of this session that run the file $R0: on the LCD the program has no window that could be asked.
+Function ${un}endProcesses
+    System::Call 'kernel32::GetCurrentProcessId() i .r1'
+    System::Call 'kernel32::ProcessIdToSessionId(i r1, *i .R1)'
+    System::Alloc 568 ; a PROCESSENTRY32W
+    Pop $R2
+    System::Call '*$R2(i 568)'
+    System::Call 'kernel32::CreateToolhelp32Snapshot(i 2, i 0) p .R3'
+    System::Call 'kernel32::Process32FirstW(p R3, p R2) i .R4'
+    ${DoWhile} $R4 <> 0
+        System::Call '*$R2(i, i, i .R5, &v32, &w260 .R6)'
+        System::Call 'kernel32::ProcessIdToSessionId(i R5, *i .R7)'
+        ${If} $R6 == "Kelvaro.exe"
+        ${AndIf} $R7 = $R1
+            ; To end it, to wait for it and to ask for its file.
+            System::Call 'kernel32::OpenProcess(i 0x101001, i 0, i R5) p .R8'
+            StrCpy $0 ""
+            System::Call 'kernel32::QueryFullProcessImageNameW(p R8, i 0, w .r0, *i ${NSIS_MAX_STRLEN})'
+            StrCpy $1 $R0
+            Call ${un}isSameFolder
+            ${If} $0 = 1
+                System::Call 'kernel32::TerminateProcess(p R8, i 0)'
+                System::Call 'kernel32::WaitForSingleObject(p R8, i 10000)'
+            ${EndIf}
+            System::Call 'kernel32::CloseHandle(p R8)'
+        ${EndIf}
+        System::Call 'kernel32::Process32NextW(p R3, p R2) i .R4'
+    ${Loop}
+    System::Call 'kernel32::CloseHandle(p R3)'
+    System::Free $R2
+FunctionEnd
+
+; Goes on when Kelvaro runs no longer. $ended becomes 1 when it did, and was ended.
 Function ${un}endRunning
     Call ${un}isRunning
     ${If} $0 = 0
         Return
     ${EndIf}
-    MessageBox MB_OKCANCEL|MB_ICONEXCLAMATION "Kelvaro is running and must be ended first. End it now?" /SD IDOK IDOK end
-    SetErrorLevel ${EXIT_CANCELLED}
-    Quit
+    ${If} $force = 0
+        MessageBox MB_OKCANCEL|MB_ICONEXCLAMATION "Kelvaro is running and must be ended first. End it now?" /SD IDOK \
+IDOK end
+        SetErrorLevel ${EXIT_CANCELLED}
+        Quit
+    ${EndIf}
 end:
+    StrCpy $ended 1
     Call ${un}askToEnd
     Call ${un}isRunning
     ${If} $0 = 0
         Return
     ${EndIf}
     ${If} ${Silent}
-        Push "Kelvaro is running on the keyboard's LCD. End it there first: Exit Applet on its options page."
+    ${AndIf} $force = 0
+        Push "Kelvaro is running on the keyboard's LCD. End it there first: Exit Applet on its options page. Or let \
+/FORCE end it."
         Push ${EXIT_RUNNING}
         Call ${un}refuse
     ${EndIf}
-    MessageBox MB_RETRYCANCEL|MB_ICONEXCLAMATION "Kelvaro is still running. On the keyboard's LCD, end it by Exit \
-Applet on its options page; then press Retry." IDRETRY end
-    SetErrorLevel ${EXIT_CANCELLED}
-    Quit
+    StrCpy $R0 "$INSTDIR\Kelvaro.exe"
+    Call ${un}endProcesses
+    ${If} $oldFolder != ""
+        StrCpy $R0 "$oldFolder\Kelvaro.exe"
+        Call ${un}endProcesses
+    ${EndIf}
+    Call ${un}isRunning
+    ${If} $0 <> 0
+        Push "Kelvaro is still running, from another folder than the installed one. Please end it first."
+        Push ${EXIT_RUNNING}
+        Call ${un}refuse
+    ${EndIf}
+FunctionEnd
+
+; $force: whether the command line has /FORCE.
+Function ${un}readForce
+    ${GetParameters} $1
+    ClearErrors
+    ${GetOptions} $1 "/FORCE" $2
+    StrCpy $force 1
+    ${If} ${Errors}
+        StrCpy $force 0
+    ${EndIf}
 FunctionEnd
 
 ; $2: the command of this user's start entry behind `"FOLDER\`, empty when it does not begin with that. FOLDER is $0.
@@ -359,6 +426,7 @@ Function .onInit
     ${EndIf}
     ReadRegStr $oldFolder HKLM "${UNINSTALL_KEY}" "InstallLocation"
     ReadRegStr $oldVersion HKLM "${UNINSTALL_KEY}" "DisplayVersion"
+    Call readForce
     InitPluginsDir
     File "/oname=$PLUGINSDIR\new.txt" "${LISTS}/list.txt"
     Call listOldFiles
@@ -405,6 +473,7 @@ FunctionEnd
 Function un.onInit
     SetRegView 64
     SetShellVarContext all
+    Call un.readForce
     InitPluginsDir
     File "/oname=$PLUGINSDIR\new.txt" "${LISTS}/list.txt"
     Call un.stripFolder
@@ -694,9 +763,55 @@ Function leaveFolderPage
     ${EndIf}
 FunctionEnd
 
-; By the shell, so that it does not run as administrator.
+; Asks an object of the shell for the next one by the method number INDEX; goes to `done` when it has none.
+!macro fromShell CALL
+    System::Call '${CALL} i .r9'
+    ${If} $9 != 0
+        Goto done
+    ${EndIf}
+!macroend
+
+; Starts the program. Not by the installer itself, which runs as administrator, perhaps as another user: the window of
+; the desktop leads to the shell of the user who is logged on, and that starts it with that user's rights. $0: 1 when it
+; was started. The shell's objects go with the installer.
+Function runByShell
+    StrCpy $0 0
+    System::Alloc 96 ; four VARIANTs: a number, 0; nothing; the number 1; a text
+    Pop $2
+    IntPtrOp $3 $2 + 24
+    IntPtrOp $4 $2 + 48
+    System::Call '*$2(&i2 3)'
+    System::Call '*$4(&i2 3, &v6, i 1)'
+    ; ShellWindows, its FindWindowSW for the desktop, IServiceProvider, QueryService for the IShellBrowser
+    !insertmacro fromShell 'ole32::CoCreateInstance(g "{9BA05972-F6A8-11CF-A442-00A0C90A8F39}", p 0, i 4, \
+g "{85CB6900-4D95-11CF-960C-0080C7F4EE85}", *p .r5)'
+    !insertmacro fromShell '$5->15(p r2, p r3, i 8, *i .r8, i 1, *p .r6)'
+    !insertmacro fromShell '$6->0(g "{6D5140C1-7436-11CE-8034-00AA006009FA}", *p .r5)'
+    !insertmacro fromShell '$5->3(g "{4C96BE40-915C-11CF-99D3-00AA004AE837}", \
+g "{000214E2-0000-0000-C000-000000000046}", *p .r6)'
+    ; QueryActiveShellView, its background's IShellFolderViewDual, get_Application, IShellDispatch2
+    !insertmacro fromShell '$6->15(*p .r5)'
+    !insertmacro fromShell '$5->15(i 0, g "{00020400-0000-0000-C000-000000000046}", *p .r6)'
+    !insertmacro fromShell '$6->0(g "{E7A1AF80-4D96-11CF-960C-0080C7F4EE85}", *p .r5)'
+    !insertmacro fromShell '$5->7(*p .r6)'
+    !insertmacro fromShell '$6->0(g "{A4C6892C-3BA9-11D2-9DEA-00C04FB16162}", *p .r5)'
+    System::Call 'oleaut32::SysAllocString(w "$INSTDIR\Kelvaro.exe") p .r6'
+    !insertmacro fromShell '$5->31(p r6, p r3, p r3, p r3, p r4)' ; ShellExecute
+    StrCpy $0 1
+done:
+FunctionEnd
+
+; The shell may be busy, or about to start again, for some seconds.
 Function startProgram
-    Exec '"$WINDIR\explorer.exe" "${START_MENU}\Kelvaro.lnk"'
+    ${For} $R0 1 10
+        Call runByShell
+        ${If} $0 = 1
+            Return
+        ${EndIf}
+        Sleep 500
+    ${Next}
+    Push "Kelvaro could not be started as the user who is logged on (error $9). Please start it from the Start menu."
+    Call tell
 FunctionEnd
 
 ; Of an installation in another folder only its start entry stays; it is made to start what is installed now.
@@ -770,6 +885,11 @@ Section
     WriteRegStr HKLM "${UNINSTALL_KEY}\Files" "Uninstall.exe" $1
     Call dropOldFiles
     Call leaveOldFolder
+    ; With a last page that asks, the answer starts it.
+    ${If} $ended = 1
+    ${AndIf} ${Silent}
+        Call startProgram
+    ${EndIf}
 SectionEnd
 
 ; Removes this user's start entry of the folder $0.

@@ -1,6 +1,8 @@
 #include <windows.h>
 
+#include <exdisp.h>
 #include <shlobj.h>
+#include <tlhelp32.h>
 #include <wrl/client.h>
 
 #include <gmock/gmock.h>
@@ -10,6 +12,7 @@
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
+#include <iostream>
 #include <iterator>
 #include <map>
 #include <optional>
@@ -760,7 +763,67 @@ TEST_F(InstallerAmongLibraries, LoadsNoneOfThem) {
 }
 
 /// The same machine, with a keyboard that the program shows itself on.
-class InstallerWithKeyboard : public KelvaroOnTheKeyboard {};
+class InstallerWithKeyboard : public KelvaroOnTheKeyboard {
+protected:
+    static DWORD uninstallQuietly(const std::wstring& arguments) {
+        const std::wstring folder = kUsualFolder;
+        return runProgram(folder + L"\\Uninstall.exe", L"/S " + arguments + L" _?=" + folder)
+            .code.value_or(STILL_ACTIVE);
+    }
+};
+
+/// The file name of the process that started the running process of this file name; empty when there is none.
+std::wstring parentOf(const std::wstring& name) {
+    const Panelix::UniqueFile snapshot(CreateToolhelp32Snapshot(TH32CS_SNAPPROCESS, 0));
+    std::map<DWORD, std::wstring> names;
+    DWORD parent = 0;
+    PROCESSENTRY32W entry{};
+    entry.dwSize = sizeof(entry);
+    for (BOOL more = Process32FirstW(snapshot.get(), &entry); more != FALSE;
+         more = Process32NextW(snapshot.get(), &entry)) {
+        names[entry.th32ProcessID] = entry.szExeFile;
+        if (name == entry.szExeFile) {
+            parent = entry.th32ParentProcessID;
+        }
+    }
+    return parent != 0 ? names[parent] : L"";
+}
+
+/// Whether the session has a shell that other programs can reach. Wine's starts with the first window and
+/// cannot be reached when COM was not ready then.
+bool shellIsThere() {
+    const Panelix::ComApartment com;
+    Microsoft::WRL::ComPtr<IUnknown> windows;
+    const bool there =
+        SUCCEEDED(CoCreateInstance(CLSID_ShellWindows, nullptr, CLSCTX_LOCAL_SERVER, IID_PPV_ARGS(&windows)));
+    std::cout << "the shell " << (there ? "can" : "cannot") << " be reached\n";
+    return there;
+}
+
+TEST_F(InstallerWithKeyboard, EndsTheProgramOnTheLcdWhenForcedAndOnlyTheShellStartsTheNewOne) {
+    const CleanProgramEntries entries;
+    ASSERT_EQ(install(kOlderVersion).code, kDone);
+    const ChildProcess kelvaro(std::wstring(kUsualFolder) + L"\\Kelvaro.exe");
+    ASSERT_TRUE(waitForPasses(5));
+
+    const bool shell = shellIsThere();
+    const Outcome outcome = install(kVersion, L"/FORCE");
+    EXPECT_EQ(outcome.code, kDone);
+    EXPECT_FALSE(kelvaro.isRunning());
+    EXPECT_EQ(installed(L"DisplayVersion"), kVersion);
+    if (shell) {
+        EXPECT_EQ(outcome.words, "");
+        EXPECT_TRUE(waitFor([] { return parentOf(L"Kelvaro.exe") == L"explorer.exe"; }))
+            << "not the installer with its rights";
+    } else {
+        EXPECT_THAT(outcome.words, HasSubstr("could not be started as the user who is logged on"));
+        EXPECT_EQ(parentOf(L"Kelvaro.exe"), L"");
+    }
+
+    EXPECT_EQ(uninstallQuietly(L"/FORCE"), kDone);
+    EXPECT_EQ(parentOf(L"Kelvaro.exe"), L"");
+    std::filesystem::remove_all(kUsualFolder);
+}
 
 TEST_F(InstallerWithKeyboard, RefusesToEndTheProgramOnTheLcd) {
     const CleanProgramEntries entries;
