@@ -856,6 +856,9 @@ Section
     ClearErrors
     WriteRegStr HKLM "${PROGRAM_KEY}" "InstallDir" "$INSTDIR"
     CreateDirectory "${START_MENU}"
+    ; What the links start works in the user's own folder: there a file can be written, and no window that is open keeps
+    ; the program's folder from being removed.
+    StrCpy $OUTDIR "%USERPROFILE%"
     CreateShortcut "${START_MENU}\Kelvaro.lnk" "$INSTDIR\Kelvaro.exe" "" "" "" "" "" "System monitor on the keyboard's LCD"
     ; The window stays, so that the text can be read and copied.
     !if /FileExists "${FILES}/KelvaroReport.exe"

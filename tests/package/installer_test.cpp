@@ -106,12 +106,19 @@ std::optional<std::wstring> installed(const wchar_t* value) {
     return std::wstring(text.data());
 }
 
-/// What a shortcut starts, with its arguments.
-std::pair<std::wstring, std::wstring> shortcut(const std::wstring& path) {
+struct Shortcut {
+    std::wstring target;
+    std::wstring arguments;
+    /// Where the program starts.
+    std::wstring folder;
+};
+
+Shortcut shortcut(const std::wstring& path) {
     const Panelix::ComApartment com;
     Microsoft::WRL::ComPtr<IShellLinkW> link;
     Microsoft::WRL::ComPtr<IPersistFile> file;
     std::array<wchar_t, MAX_PATH> target{};
+    std::array<wchar_t, MAX_PATH> folder{};
     std::array<wchar_t, 1024> arguments{};
     if (FAILED(CoCreateInstance(CLSID_ShellLink, nullptr, CLSCTX_ALL, IID_PPV_ARGS(&link))) ||
         FAILED(link.As(&file)) || FAILED(file->Load(path.c_str(), STGM_READ))) {
@@ -119,7 +126,8 @@ std::pair<std::wstring, std::wstring> shortcut(const std::wstring& path) {
     }
     link->GetPath(target.data(), static_cast<int>(target.size()), nullptr, SLGP_RAWPATH);
     link->GetArguments(arguments.data(), static_cast<int>(arguments.size()));
-    return {target.data(), arguments.data()};
+    link->GetWorkingDirectory(folder.data(), static_cast<int>(folder.size()));
+    return {target.data(), arguments.data(), folder.data()};
 }
 
 /// How a program that was started ended.
@@ -213,7 +221,7 @@ protected:
         EXPECT_EQ(filesIn(folder), names);
         EXPECT_EQ(installed(L"DisplayVersion"), version);
         EXPECT_EQ(installed(L"InstallLocation"), folder);
-        EXPECT_EQ(shortcut(std::wstring(kStartMenu) + L"\\Kelvaro.lnk").first, folder + L"\\Kelvaro.exe");
+        EXPECT_EQ(shortcut(std::wstring(kStartMenu) + L"\\Kelvaro.lnk").target, folder + L"\\Kelvaro.exe");
     }
 
     /// From the last file to the end of the uninstaller.
@@ -268,9 +276,9 @@ TEST_F(Installer, LeavesExactlyTheseFilesEntriesAndShortcuts) {
     if (shippedFiles().contains(L"KelvaroReport.exe")) {
         const std::wstring link = std::wstring(kStartMenu) + L"\\Kelvaro report.lnk";
         files.insert(link);
-        EXPECT_EQ(shortcut(link),
-                  std::make_pair(std::wstring(L"C:\\windows\\system32\\cmd.exe"),
-                                 L"/d /k \"\"" + std::wstring(kUsualFolder) + L"\\KelvaroReport.exe\"\""));
+        const Shortcut report = shortcut(link);
+        EXPECT_EQ(report.target, L"C:\\windows\\system32\\cmd.exe");
+        EXPECT_EQ(report.arguments, L"/d /k \"\"" + std::wstring(kUsualFolder) + L"\\KelvaroReport.exe\"\"");
     }
     EXPECT_EQ(differences(files, filesOnDrive()), L"");
 
@@ -314,6 +322,13 @@ TEST_F(Installer, LeavesExactlyTheseFilesEntriesAndShortcuts) {
     const unsigned long kib = std::stoul(
         size.substr(8, 2) + size.substr(6, 2) + size.substr(4, 2) + size.substr(2, 2), nullptr, 16);
     EXPECT_NEAR(static_cast<double>(kib), static_cast<double>(bytes) / 1024, 100);
+}
+
+TEST_F(Installer, StartsItsProgramsInTheUsersOwnFolder) {
+    ASSERT_EQ(install(kVersion).code, kDone);
+    for (const std::wstring& name : filesIn(kStartMenu)) {
+        EXPECT_EQ(shortcut(std::wstring(kStartMenu) + L"\\" + name).folder, L"%USERPROFILE%");
+    }
 }
 
 TEST_F(Installer, WhatItInstalledFindsItselfForTheStartWithWindowsAndIsEndedToBeUninstalled) {
