@@ -7,7 +7,8 @@
 ;
 ; Switches: /S installs silently, /D=FOLDER (the last one, without quotes) into this folder, /ALLOWDOWNGRADE replaces
 ; a newer version without asking, /FORCE ends Kelvaro without asking, also on the LCD. Without /D an installation that is
-; there is replaced where it is. The uninstaller knows /S and /FORCE.
+; there is replaced where it is. /AUTOSTART=on and =off say whether Kelvaro starts with Windows, /LOG=FILE writes down what
+; is done, /? lists the switches. The uninstaller knows /S, /FORCE and /LOG.
 ;
 ; Exit codes of the installer, and of the uninstaller when it is started with _?=FOLDER (without it, a copy of the
 ; uninstaller does the work and the exit code is lost). Silently, the reason goes to the standard error.
@@ -18,6 +19,7 @@
 !define EXIT_UNSUITABLE_FOLDER 5
 !define EXIT_OLD_WINDOWS 6
 !define EXIT_FOREIGN_FOLDER 7
+!define EXIT_BAD_SWITCH 9
 
 Target amd64-unicode
 SetCompressor /SOLID lzma
@@ -70,6 +72,9 @@ VIAddVersionKey /LANG=0 "ProductVersion" "${VERSION}"
 ; "FOLDER\Kelvaro.exe" -delay999 and a terminator.
 !define MAX_FOLDER_BYTES 235
 
+; After a start with Windows the keyboard's software needs some seconds before it passes the LCD's keys on.
+!define START_DELAY "-delay15"
+
 !define MUI_ICON "${ICON}"
 !define MUI_UNICON "${ICON}"
 ; A part of artwork/rendered/105_picture.bmp, 314 pixels high.
@@ -79,11 +84,19 @@ VIAddVersionKey /LANG=0 "ProductVersion" "${VERSION}"
 !insertmacro MUI_PAGE_DIRECTORY
 !insertmacro MUI_PAGE_INSTFILES
 !define MUI_FINISHPAGE_TITLE "Kelvaro is installed"
-!define MUI_FINISHPAGE_TEXT "You find it in the Start menu. With the keyboard's software running it appears on the LCD, \
+!define FINISH_TEXT "You find it in the Start menu. With the keyboard's software running it appears on the LCD, \
 otherwise as an icon in the notification area."
+!define MUI_FINISHPAGE_TEXT "${FINISH_TEXT}"
 !define MUI_FINISHPAGE_RUN
 !define MUI_FINISHPAGE_RUN_TEXT "Start Kelvaro"
 !define MUI_FINISHPAGE_RUN_FUNCTION startProgram
+; The page's other check box, which is meant for a text to show.
+!define MUI_FINISHPAGE_SHOWREADME
+!define MUI_FINISHPAGE_SHOWREADME_TEXT "Start Kelvaro with Windows, after 15 seconds"
+!define MUI_FINISHPAGE_SHOWREADME_NOTCHECKED
+!define MUI_FINISHPAGE_SHOWREADME_FUNCTION doNothing
+!define MUI_PAGE_CUSTOMFUNCTION_SHOW showFinishPage
+!define MUI_PAGE_CUSTOMFUNCTION_LEAVE leaveFinishPage
 !insertmacro MUI_PAGE_FINISH
 !insertmacro MUI_UNPAGE_CONFIRM
 !insertmacro MUI_UNPAGE_INSTFILES
@@ -92,6 +105,10 @@ otherwise as an icon in the notification area."
 ; What was installed before; both empty when nothing was.
 Var oldFolder
 Var oldVersion
+; The handle of the log, empty when there is none.
+Var log
+; on, off, or empty: as it is
+Var autostart
 ; Whether Kelvaro is ended without asking, and whether it was ended.
 Var force
 Var ended
@@ -102,12 +119,20 @@ Var folderCode
 ; the folder begins with a backslash.
 InstallDir "$oldFolder\Kelvaro"
 
+; Writes a line into the log.
+!macro log TEXT
+    ${If} $log != ""
+        FileWriteUTF16LE $log "${TEXT}$\r$\n"
+    ${EndIf}
+!macroend
+
 ; What installer and uninstaller have both, the latter with names that begin with "un.".
 !macro commonFunctions un
 
 ; Says the text on the stack: in a box, or silently to the standard error.
 Function ${un}tell
     Exch $1
+    !insertmacro log "$1"
     ${If} ${Silent}
         System::Call 'kernel32::AttachConsole(i -1)'
         System::Call 'kernel32::GetStdHandle(i -12) p .r2'
@@ -123,6 +148,7 @@ Function ${un}refuse
     Exch $0 ; the exit code
     Exch
     Call ${un}tell ; the reason
+    !insertmacro log "Exit code $0"
     SetErrorLevel $0
     Quit
 FunctionEnd
@@ -213,6 +239,7 @@ IDOK end
     ${EndIf}
 end:
     StrCpy $ended 1
+    !insertmacro log "Ending the running Kelvaro"
     Call ${un}askToEnd
     Call ${un}isRunning
     ${If} $0 = 0
@@ -239,14 +266,35 @@ end:
     ${EndIf}
 FunctionEnd
 
-; $force: whether the command line has /FORCE.
-Function ${un}readForce
+; Sets $force, $autostart and $log from the command line.
+Function ${un}readSwitches
     ${GetParameters} $1
     ClearErrors
     ${GetOptions} $1 "/FORCE" $2
     StrCpy $force 1
     ${If} ${Errors}
         StrCpy $force 0
+    ${EndIf}
+    ${GetOptions} $1 "/AUTOSTART=" $autostart
+    ${If} $autostart != ""
+    ${AndIf} $autostart != "on"
+    ${AndIf} $autostart != "off"
+        Push "/AUTOSTART= wants on or off, and not '$autostart'."
+        Push ${EXIT_BAD_SWITCH}
+        Call ${un}refuse
+    ${EndIf}
+    ${GetOptions} $1 "/LOG=" $3
+    ${If} $3 != ""
+        ClearErrors
+        FileOpen $log $3 w
+        ${If} ${Errors}
+            StrCpy $log ""
+            Push "The log '$3' cannot be written."
+            Push ${EXIT_BAD_SWITCH}
+            Call ${un}refuse
+        ${EndIf}
+        ${GetTime} "" "L" $R0 $R1 $R2 $R3 $R4 $R5 $R6
+        FileWriteUTF16LE /BOM $log "$R2-$R1-$R0 $R4:$R5:$R6 Kelvaro ${VERSION}, $EXEPATH $1$\r$\n"
     ${EndIf}
 FunctionEnd
 
@@ -426,7 +474,8 @@ Function .onInit
     ${EndIf}
     ReadRegStr $oldFolder HKLM "${UNINSTALL_KEY}" "InstallLocation"
     ReadRegStr $oldVersion HKLM "${UNINSTALL_KEY}" "DisplayVersion"
-    Call readForce
+    Call listSwitches
+    Call readSwitches
     InitPluginsDir
     File "/oname=$PLUGINSDIR\new.txt" "${LISTS}/list.txt"
     Call listOldFiles
@@ -452,6 +501,26 @@ Function .onInit
     ${EndIf}
 FunctionEnd
 
+; With /? only says what the switches are.
+Function listSwitches
+    ${GetParameters} $1
+    ClearErrors
+    ${GetOptions} $1 "/?" $2
+    ${If} ${Errors}
+        Return
+    ${EndIf}
+    Push "Kelvaro ${VERSION} Setup$\r$\n$\r$\n\
+/S - asks nothing and shows nothing$\r$\n\
+/FORCE - ends Kelvaro without asking, also on the LCD$\r$\n\
+/AUTOSTART=on or =off - whether Kelvaro starts with Windows; otherwise that stays as it is$\r$\n\
+/ALLOWDOWNGRADE - replaces a newer version without asking$\r$\n\
+/LOG=FILE - writes down what is done$\r$\n\
+/D=FOLDER - installs there; the last switch, without quotes"
+    Call tell
+    SetErrorLevel 0
+    Quit
+FunctionEnd
+
 ; Writes the list of what was installed before. The first version kept none.
 Function listOldFiles
     FileOpen $1 "$PLUGINSDIR\old.txt" w
@@ -473,7 +542,7 @@ FunctionEnd
 Function un.onInit
     SetRegView 64
     SetShellVarContext all
-    Call un.readForce
+    Call un.readSwitches
     InitPluginsDir
     File "/oname=$PLUGINSDIR\new.txt" "${LISTS}/list.txt"
     Call un.stripFolder
@@ -814,6 +883,76 @@ Function startProgram
     Call tell
 FunctionEnd
 
+; $0: 1 when the installer runs as the user who is logged on: only that user's start entry matters.
+Function isSessionUser
+    System::Call 'wtsapi32::WTSQuerySessionInformationW(p 0, i -1, i 7, *p .r1, *i) i .r2' ; the domain
+    System::Call 'wtsapi32::WTSQuerySessionInformationW(p 0, i -1, i 5, *p .r3, *i) i .r4' ; the name
+    StrCpy $0 0
+    ${If} $2 <> 0
+    ${AndIf} $4 <> 0
+        System::Call 'kernel32::lstrcpynW(w .r5, p r1, i 256)'
+        System::Call 'kernel32::lstrcpynW(w .r6, p r3, i 256)'
+        System::Call 'secur32::GetUserNameExW(i 2, w .r7, *i ${NSIS_MAX_STRLEN})'
+        ${If} $7 == "$5\$6"
+            StrCpy $0 1
+        ${EndIf}
+    ${EndIf}
+FunctionEnd
+
+; Sets this user's start entry as $autostart says. One that starts this Kelvaro already is kept with its delay.
+Function setAutostart
+    ${If} $autostart == ""
+        Return
+    ${EndIf}
+    Call isSessionUser
+    ${If} $0 = 0
+        Push "Setup runs as another user than the one who is logged on. Please set the start with Windows in Kelvaro's \
+own settings."
+        Call tell
+        Return
+    ${EndIf}
+    StrCpy $0 $INSTDIR
+    Call runEntryIn
+    ${If} $autostart == "off"
+        ${If} $2 != ""
+            DeleteRegValue HKCU "${RUN_KEY}" "Kelvaro"
+        ${EndIf}
+    ${ElseIf} $2 == ""
+        WriteRegStr HKCU "${RUN_KEY}" "Kelvaro" '"$INSTDIR\Kelvaro.exe" ${START_DELAY}'
+    ${EndIf}
+    !insertmacro log "Start with Windows: $autostart"
+FunctionEnd
+
+Function doNothing
+FunctionEnd
+
+Function showFinishPage
+    Call isSessionUser
+    ${If} $0 = 0
+        ShowWindow $mui.FinishPage.ShowReadme ${SW_HIDE}
+        SendMessage $mui.FinishPage.Text ${WM_SETTEXT} 0 "STR:${FINISH_TEXT} To start it with Windows, use its \
+settings: Setup runs as another user than the one who is logged on."
+        Return
+    ${EndIf}
+    StrCpy $0 $INSTDIR
+    Call runEntryIn
+    ${If} $2 != ""
+        SendMessage $mui.FinishPage.ShowReadme ${BM_SETCHECK} ${BST_CHECKED} 0
+    ${EndIf}
+FunctionEnd
+
+Function leaveFinishPage
+    SendMessage $mui.FinishPage.ShowReadme ${BM_GETCHECK} 0 0 $0
+    StrCpy $autostart "off"
+    ${If} $0 = ${BST_CHECKED}
+        StrCpy $autostart "on"
+    ${EndIf}
+    System::Call 'user32::IsWindowVisible(p $mui.FinishPage.ShowReadme) i .r0'
+    ${If} $0 <> 0
+        Call setAutostart
+    ${EndIf}
+FunctionEnd
+
 ; Of an installation in another folder only its start entry stays; it is made to start what is installed now.
 Function leaveOldFolder
     ${If} $oldFolder == ""
@@ -849,8 +988,11 @@ Section
         StrCpy $R8 "$PLUGINSDIR\old.txt"
         Call checkFiles
     ${EndIf}
+    !insertmacro log "Folder $INSTDIR; before: $oldVersion in '$oldFolder'"
     Call extractFiles
+    !insertmacro log "Files extracted"
     Call swapFiles
+    !insertmacro log "Files replaced"
 
     ; The version comes last.
     ClearErrors
@@ -887,12 +1029,15 @@ Section
     Call fingerprint
     WriteRegStr HKLM "${UNINSTALL_KEY}\Files" "Uninstall.exe" $1
     Call dropOldFiles
+    !insertmacro log "Registered"
     Call leaveOldFolder
+    Call setAutostart
     ; With a last page that asks, the answer starts it.
     ${If} $ended = 1
     ${AndIf} ${Silent}
         Call startProgram
     ${EndIf}
+    !insertmacro log "Exit code 0"
 SectionEnd
 
 ; Removes this user's start entry of the folder $0.

@@ -10,6 +10,7 @@
 
 #include <array>
 #include <cstdlib>
+#include <cstring>
 #include <filesystem>
 #include <fstream>
 #include <iostream>
@@ -55,6 +56,7 @@ constexpr DWORD kNewerInstalled = 4;
 constexpr DWORD kUnsuitableFolder = 5;
 constexpr DWORD kOldWindows = 6;
 constexpr DWORD kForeignFolder = 7;
+constexpr DWORD kBadSwitch = 9;
 
 constexpr char kOwnText[] = "the user's own";
 
@@ -356,6 +358,59 @@ TEST_F(Installer, ReplacesAnOlderVersionInItsFolderAndEndsTheProgramInDesktopMod
     EXPECT_EQ(runValue(), L"\"" + folder + L"\\Kelvaro.exe\"");
     uninstall();
     RemoveDirectoryW(L"C:\\my tools");
+}
+
+TEST_F(Installer, StartsItWithWindowsWhenAskedAndKeepsWhatTheUserHasSet) {
+    const std::wstring entry = L"\"" + std::wstring(kUsualFolder) + L"\\Kelvaro.exe\"";
+    ASSERT_EQ(install(kOlderVersion).code, kDone);
+    EXPECT_EQ(runValue(), std::nullopt);
+    EXPECT_EQ(install(kVersion, L"/AUTOSTART=on").code, kDone);
+    EXPECT_EQ(runValue(), entry + L" -delay15");
+    EXPECT_EQ(install(kVersion).code, kDone) << "without the switch";
+    EXPECT_EQ(runValue(), entry + L" -delay15");
+    CleanProgramEntries::setRunValue(entry + L" -delay7");
+    EXPECT_EQ(install(kVersion, L"/AUTOSTART=on").code, kDone);
+    EXPECT_EQ(runValue(), entry + L" -delay7");
+    EXPECT_EQ(install(kVersion, L"/AUTOSTART=off").code, kDone);
+    EXPECT_EQ(runValue(), std::nullopt);
+
+    const std::wstring elsewhere = L"\"C:\\Tools\\Kelvaro.exe\"";
+    CleanProgramEntries::setRunValue(elsewhere);
+    EXPECT_EQ(install(kVersion, L"/AUTOSTART=off").code, kDone);
+    EXPECT_EQ(runValue(), elsewhere) << "starts another one";
+    EXPECT_EQ(install(kVersion, L"/AUTOSTART=maybe").code, kBadSwitch);
+    RegDeleteKeyValueW(HKEY_CURRENT_USER, kRunKey, L"Kelvaro");
+}
+
+TEST_F(Installer, ListsItsSwitches) {
+    const Outcome help = install(kVersion, L"/?");
+    EXPECT_EQ(help.code, kDone);
+    for (const char* const name : {"/S", "/FORCE", "/AUTOSTART=", "/ALLOWDOWNGRADE", "/LOG=", "/D="}) {
+        EXPECT_THAT(help.words, HasSubstr(name));
+    }
+    EXPECT_EQ(installed(L"DisplayVersion"), std::nullopt);
+}
+
+TEST_F(Installer, WritesDownWhatItDoes) {
+    const std::wstring folder = L"C:\\logs";
+    std::filesystem::create_directory(folder);
+    const std::wstring path = folder + L"\\the log.txt";
+    const auto log = [&path] {
+        const std::string bytes = bytesOf(path);
+        std::wstring text(bytes.size() / sizeof(wchar_t), L'\0');
+        std::memcpy(text.data(), bytes.data(), text.size() * sizeof(wchar_t));
+        return text;
+    };
+    ASSERT_EQ(install(kNewerVersion, L"/LOG=\"" + path + L"\"").code, kDone);
+    EXPECT_TRUE(log().starts_with(L"\xFEFF"));
+    EXPECT_THAT(log(), HasSubstr(L"Folder " + std::wstring(kUsualFolder)));
+    EXPECT_TRUE(log().ends_with(L"Exit code 0\r\n"));
+    EXPECT_EQ(install(kVersion, L"/LOG=\"" + path + L"\"").code, kNewerInstalled);
+    EXPECT_THAT(log(), HasSubstr(L"A newer version, 1000.0.0, is installed"));
+    EXPECT_TRUE(log().ends_with(L"Exit code 4\r\n"));
+    EXPECT_EQ(install(kVersion, L"/LOG=" + folder + L"\\missing\\log.txt").code, kBadSwitch);
+    EXPECT_EQ(installed(L"DisplayVersion"), kNewerVersion);
+    std::filesystem::remove_all(folder);
 }
 
 TEST_F(Installer, MovesAnOlderVersionToTheFolderThatIsAskedFor) {
