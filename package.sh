@@ -13,7 +13,7 @@ source "$here/scripts/release_files.sh"
 
 usage() {
     cat <<TEXT
-Usage: ./package.sh [--tests] [--output FOLDER] [--release-url URL]
+Usage: ./package.sh [--tests] [--output FOLDER] [--release-url URL] [--home-url URL]
                     [--sign-with CERTIFICATE [--password-file FILE] [--timestamp URL]]
 
 Installs the packages that are missing (Debian 12 or 13), builds the programs that are shipped, and puts into
@@ -33,6 +33,7 @@ files' time is the commit's, or SOURCE_DATE_EPOCH.
                            other files stay
   --release-url URL        the folder that the installer will be downloaded from, for the winget manifest; also
                            KELVARO_RELEASE_URL. By default one at example.com, which nobody can download from.
+  --home-url URL           where users find help: Windows' list of apps shows it; also KELVARO_HOME_URL. By default none.
   --sign-with CERTIFICATE  sign programs, installer and uninstaller with this PKCS#12 file, certificate and key; also
                            KELVARO_SIGN_CERTIFICATE
   --password-file FILE     its first line is the certificate's password; also KELVARO_SIGN_PASSWORD_FILE
@@ -47,7 +48,7 @@ parseOptions() {
         case "$1" in
             -h | --help) usage && exit 0 ;;
             --tests) tests=1 ;;
-            --output | --release-url | --sign-with | --password-file | --timestamp)
+            --output | --release-url | --home-url | --sign-with | --password-file | --timestamp)
                 [[ -n "${2:-}" ]] || fail "$1 needs a value"
                 setOption "$1" "$2"
                 shift
@@ -63,6 +64,7 @@ setOption() {
     case "$1" in
         --output) package="$(realpath -m -- "$2")" ;;
         --release-url) export KELVARO_RELEASE_URL="$2" ;;
+        --home-url) export KELVARO_HOME_URL="$2" ;;
         --sign-with) export KELVARO_SIGN_CERTIFICATE="$2" ;;
         --password-file) export KELVARO_SIGN_PASSWORD_FILE="$2" ;;
         --timestamp) export KELVARO_SIGN_TIMESTAMP="$2" ;;

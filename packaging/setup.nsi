@@ -3,6 +3,7 @@
 ;   ICON, FINISH_PICTURE  its pictures
 ;   OUTPUT   the installer's path   LISTS  folder with install.nsh, which extracts these files, and list.txt, a line for
 ;                                          each of them: NAME|SIZE CHECKSUM, the checksum as a signed number
+;   HOME_URL optional: the address where users find help
 ;   SIGN     optional: a command that signs the file whose path follows it
 ;
 ; Switches: /S installs silently, /D=FOLDER (the last one, without quotes) into this folder, /ALLOWDOWNGRADE replaces
@@ -19,6 +20,7 @@
 !define EXIT_UNSUITABLE_FOLDER 5
 !define EXIT_OLD_WINDOWS 6
 !define EXIT_FOREIGN_FOLDER 7
+!define EXIT_SETUP_RUNS 8
 !define EXIT_BAD_SWITCH 9
 
 Target amd64-unicode
@@ -266,6 +268,18 @@ end:
     ${EndIf}
 FunctionEnd
 
+; Two at a time would be in each other's way. The mutex goes with the process.
+Function ${un}refuseSecond
+    System::Call 'kernel32::CreateMutexW(p 0, i 0, w "Global\KelvaroSetup") p .r0 ?e'
+    Pop $1
+    ${If} $1 = 183 ; there is one
+    ${OrIf} $1 = 5 ; of another user
+        Push "Another Kelvaro Setup is running, or Kelvaro is being uninstalled. Please wait for its end."
+        Push ${EXIT_SETUP_RUNS}
+        Call ${un}refuse
+    ${EndIf}
+FunctionEnd
+
 ; Sets $force, $autostart and $log from the command line.
 Function ${un}readSwitches
     ${GetParameters} $1
@@ -476,6 +490,7 @@ Function .onInit
     ReadRegStr $oldVersion HKLM "${UNINSTALL_KEY}" "DisplayVersion"
     Call listSwitches
     Call readSwitches
+    Call refuseSecond
     InitPluginsDir
     File "/oname=$PLUGINSDIR\new.txt" "${LISTS}/list.txt"
     Call listOldFiles
@@ -543,6 +558,7 @@ Function un.onInit
     SetRegView 64
     SetShellVarContext all
     Call un.readSwitches
+    Call un.refuseSecond
     InitPluginsDir
     File "/oname=$PLUGINSDIR\new.txt" "${LISTS}/list.txt"
     Call un.stripFolder
@@ -994,6 +1010,9 @@ Section
     Call swapFiles
     !insertmacro log "Files replaced"
 
+    ; Of a version that had an address.
+    DeleteRegValue HKLM "${UNINSTALL_KEY}" "HelpLink"
+    DeleteRegValue HKLM "${UNINSTALL_KEY}" "URLInfoAbout"
     ; The version comes last.
     ClearErrors
     WriteRegStr HKLM "${PROGRAM_KEY}" "InstallDir" "$INSTDIR"
@@ -1013,6 +1032,10 @@ Section
     WriteRegStr HKLM "${UNINSTALL_KEY}" "InstallLocation" "$INSTDIR"
     WriteRegStr HKLM "${UNINSTALL_KEY}" "UninstallString" '"$INSTDIR\Uninstall.exe"'
     WriteRegStr HKLM "${UNINSTALL_KEY}" "QuietUninstallString" '"$INSTDIR\Uninstall.exe" /S'
+    !ifdef HOME_URL
+        WriteRegStr HKLM "${UNINSTALL_KEY}" "HelpLink" "${HOME_URL}"
+        WriteRegStr HKLM "${UNINSTALL_KEY}" "URLInfoAbout" "${HOME_URL}"
+    !endif
     WriteRegDWORD HKLM "${UNINSTALL_KEY}" "EstimatedSize" ${SIZE_KB}
     WriteRegDWORD HKLM "${UNINSTALL_KEY}" "NoModify" 1
     WriteRegDWORD HKLM "${UNINSTALL_KEY}" "NoRepair" 1

@@ -75,7 +75,7 @@ makeZip() {
 
 # makeSetup VERSION SETUP: the installer of what is staged.
 makeSetup() {
-    local lists="$STAGE/lists" log="$STAGE/makensis.log" name sign=()
+    local lists="$STAGE/lists" log="$STAGE/makensis.log" name options=()
     rm -rf "$lists"
     mkdir -p "$lists"
     (cd "$STAGE/files" && printf '%s\n' *) >"$lists/names"
@@ -87,11 +87,15 @@ makeSetup() {
     install -m 0644 "$KELVARO_ROOT/packaging/finish.bmp" "$STAGE/finish.bmp"
     giveReleaseTime "$STAGE"/files/* "$STAGE/finish.bmp" "$lists/list.txt"
     if signing; then
-        sign=("-DSIGN=$KELVARO_ROOT/scripts/sign.sh")
+        options+=("-DSIGN=$KELVARO_ROOT/scripts/sign.sh")
+    fi
+    if [[ -n "${KELVARO_HOME_URL:-}" ]]; then
+        [[ "$KELVARO_HOME_URL" =~ ^https?://[^[:space:]\"\$]+$ ]] || fail "KELVARO_HOME_URL is no address: '$KELVARO_HOME_URL'"
+        options+=("-DHOME_URL=$KELVARO_HOME_URL")
     fi
     makensis -V2 -WX "-DVERSION=$1" "-DOUTPUT=$2" "-DFILES=$STAGE/files" "-DLISTS=$lists" \
         "-DICON=$KELVARO_ROOT/artwork/rendered/300_kelvaro.ico" \
-        "-DFINISH_PICTURE=$STAGE/finish.bmp" "${sign[@]}" \
+        "-DFINISH_PICTURE=$STAGE/finish.bmp" "${options[@]}" \
         "-DSIZE_KB=$(installedKilobytes)" "$KELVARO_ROOT/packaging/setup.nsi" >"$log" 2>&1 || {
         cat "$log" >&2
         fail "the installer cannot be made"

@@ -32,13 +32,15 @@ windowsPath() {
 
 # The released installer, and two of the same files that say that they are of other versions.
 makeSetups() {
-    local other
     rm -rf "$setups"
     "$KELVARO_ROOT/package.sh" --output "$setups"
     unzip -q -j "$setups/Kelvaro-$version-x64.zip" -d "$STAGE/files"
-    for other in 0.9.0 1000.0.0; do
-        (unset KELVARO_SIGN_CERTIFICATE && makeSetup "$other" "$setups/KelvaroSetup-$other-x64.exe")
-    done
+    unset KELVARO_SIGN_CERTIFICATE
+    makeSetup 1000.0.0 "$setups/KelvaroSetup-1000.0.0-x64.exe"
+    # The older one has an address, and a file that the released one has no longer.
+    printf 'retired' >"$STAGE/files/Retired.txt"
+    KELVARO_HOME_URL=https://kelvaro.example makeSetup 0.9.0 "$setups/KelvaroSetup-0.9.0-x64.exe"
+    rm "$STAGE/files/Retired.txt"
 }
 
 # Programs look for Wine's own libraries first, unless they are told otherwise: as on Windows, those beside the program

@@ -56,6 +56,7 @@ constexpr DWORD kNewerInstalled = 4;
 constexpr DWORD kUnsuitableFolder = 5;
 constexpr DWORD kOldWindows = 6;
 constexpr DWORD kForeignFolder = 7;
+constexpr DWORD kSetupRuns = 8;
 constexpr DWORD kBadSwitch = 9;
 
 constexpr char kOwnText[] = "the user's own";
@@ -66,7 +67,11 @@ std::wstring environment(const wchar_t* name) {
     return value != nullptr ? value : L"";
 }
 
-/// The installer of a version; those of other versions hold the same files.
+/// Only the older version has it.
+constexpr wchar_t kRetiredFile[] = L"Retired.txt";
+
+/// The installer of a version. Those of other versions hold the same files; the older one has an address as
+/// well.
 std::wstring setupOf(const std::wstring& version) {
     return environment(L"KELVARO_SETUPS") + L"\\KelvaroSetup-" + version + L"-x64.exe";
 }
@@ -220,6 +225,9 @@ protected:
     static void expectInstalled(const std::wstring& version, const std::wstring& folder) {
         std::set<std::wstring> names = shippedFiles();
         names.insert(L"Uninstall.exe");
+        if (version == kOlderVersion) {
+            names.insert(kRetiredFile);
+        }
         EXPECT_EQ(filesIn(folder), names);
         EXPECT_EQ(installed(L"DisplayVersion"), version);
         EXPECT_EQ(installed(L"InstallLocation"), folder);
@@ -767,6 +775,32 @@ TEST_F(Installer, KeepsAFileThatTheUserChangedUnderAnotherName) {
     DeleteFileW((readme + L".1").c_str());
     DeleteFileW((readme + L".2").c_str());
     expectInstalled(kVersion, kUsualFolder);
+}
+
+TEST_F(Installer, RemovesWhatTheOlderVersionHad) {
+    ASSERT_EQ(install(kOlderVersion).code, kDone);
+    expectInstalled(kOlderVersion, kUsualFolder);
+    EXPECT_EQ(installed(L"HelpLink"), L"https://kelvaro.example");
+    EXPECT_EQ(installed(L"URLInfoAbout"), L"https://kelvaro.example");
+    ASSERT_EQ(install(kVersion).code, kDone);
+    expectInstalled(kVersion, kUsualFolder);
+    EXPECT_EQ(installed(L"HelpLink"), std::nullopt);
+    EXPECT_EQ(installed(L"URLInfoAbout"), std::nullopt);
+}
+
+TEST_F(Installer, RefusesToRunTwiceAtATime) {
+    ASSERT_EQ(install(kOlderVersion).code, kDone);
+    {
+        const FolderPage first;
+        const Outcome second = install(kVersion);
+        EXPECT_EQ(second.code, kSetupRuns);
+        EXPECT_THAT(second.words, HasSubstr("Another Kelvaro Setup is running"));
+        const Outcome third = runProgram(std::wstring(kUsualFolder) + L"\\Uninstall.exe",
+                                         L"/S _?=" + std::wstring(kUsualFolder));
+        EXPECT_EQ(third.code, kSetupRuns);
+        expectInstalled(kOlderVersion, kUsualFolder);
+    }
+    EXPECT_EQ(install(kVersion).code, kDone);
 }
 
 TEST_F(Installer, RefusesAWindowsBeforeItsTime) {
