@@ -43,6 +43,20 @@ makeSetups() {
     rm "$STAGE/files/Retired.txt"
 }
 
+# The installer of the first version, with the files that it had.
+makeFirstSetup() {
+    local lists="$STAGE/first" name
+    mkdir "$lists"
+    for name in CHANGELOG.txt Kelvaro.exe KelvaroReport.exe README.txt; do
+        printf 'File "%s"\n' "$STAGE/files/$name" >>"$lists/install.nsh"
+        # shellcheck disable=SC2016 # $0 is one of the installer's
+        printf 'Delete "$0\%s"\n' "$name" >>"$lists/uninstall.nsh"
+    done
+    makensis -V2 "-DVERSION=$version" "-DOUTPUT=$setups/KelvaroSetup-first-x64.exe" "-DFILES=$STAGE/files" \
+        "-DLISTS=$lists" "-DICON=$KELVARO_ROOT/artwork/rendered/300_kelvaro.ico" \
+        "-DFINISH_PICTURE=$STAGE/finish.bmp" -DSIZE_KB=1 "$KELVARO_ROOT/tests/package/first_version.nsi" >/dev/null
+}
+
 # Programs look for Wine's own libraries first, unless they are told otherwise: as on Windows, those beside the program
 # come first, for all but the ones that Windows takes from its own folder in any case.
 writeSettings() {
@@ -74,6 +88,7 @@ setWineEnvironment
 makeStage
 trap cleanUp EXIT
 makeSetups
+makeFirstSetup
 rm -rf "$WINEPREFIX"
 "$KELVARO_ROOT/scripts/wine_prefix.sh"
 # No folder of drive C: may be one of the user's own.

@@ -777,6 +777,20 @@ TEST_F(Installer, KeepsAFileThatTheUserChangedUnderAnotherName) {
     expectInstalled(kVersion, kUsualFolder);
 }
 
+TEST_F(Installer, ReplacesAndMovesTheFirstVersionWhichKeptNoList) {
+    for (const wchar_t* const folder : {L"C:\\first", L"C:\\second"}) {
+        SCOPED_TRACE(testing::PrintToString(folder));
+        ASSERT_EQ(install(L"first", L"/D=C:\\first").code, kDone);
+        writeFile(L"C:\\first\\notes.txt");
+        EXPECT_EQ(install(kVersion, std::wstring(L"/D=") + folder).code, kDone);
+        EXPECT_EQ(bytesOf(L"C:\\first\\notes.txt"), kOwnText);
+        DeleteFileW(L"C:\\first\\notes.txt");
+        expectInstalled(kVersion, folder);
+        uninstall();
+        std::filesystem::remove_all(L"C:\\first");
+    }
+}
+
 TEST_F(Installer, RemovesWhatTheOlderVersionHad) {
     ASSERT_EQ(install(kOlderVersion).code, kDone);
     expectInstalled(kOlderVersion, kUsualFolder);
