@@ -39,11 +39,12 @@ giveReleaseTime() {
     touch -d "@$SOURCE_DATE_EPOCH" "$@"
 }
 
-# stageDocument NAME: NAME.md as a text that Windows opens by a click, without what only a browser shows.
+# stageDocument NAME: NAME.md as a text that Windows opens by a click, without what only a browser shows. The other
+# documents that are shipped are texts as well.
 stageDocument() {
     local source="$KELVARO_ROOT/$1.md"
     if [[ -f "$source" ]]; then
-        sed -e '/!\[/d' -e 's/$/\r/' "$source" >"$STAGE/files/$1.txt"
+        sed -e '/!\[/d' -e 's/\(README\|SECURITY\|CHANGELOG\)\.md/\1.txt/g' -e 's/$/\r/' "$source" >"$STAGE/files/$1.txt"
         chmod 0644 "$STAGE/files/$1.txt"
     fi
 }
@@ -57,6 +58,7 @@ stageFiles() {
     done
     stageDocument README
     stageDocument CHANGELOG
+    stageDocument SECURITY
 }
 
 # makeZip ZIP FOLDER NAME: the files of a folder, in a folder of that name.

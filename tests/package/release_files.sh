@@ -35,6 +35,11 @@ done
 [[ "$(date -r "$downloads/other.zip" +%F)" == 2001-01-01 ]] || fail "packing changed the time of other.zip"
 (cd "$downloads" && sha256sum --quiet -c SHA256SUMS)
 [[ "$(wc -l <"$downloads/SHA256SUMS")" == 3 ]] || fail "SHA256SUMS lists other files than the release's"
+# The texts point at each other.
+for name in README SECURITY CHANGELOG; do
+    text="$(unzip -p "$downloads"/Kelvaro-[1-9]*-x64.zip "*/$name.txt")" || fail "$name.txt is not shipped"
+    ! grep -E '(README|SECURITY|CHANGELOG)\.md' <<<"$text" || fail "$name.txt names a text that is not shipped so"
+done
 rm "$downloads/KelvaroSetup-0.9.0-x64.exe"
 "$KELVARO_ROOT/scripts/check_winget.py" "$downloads"
 
