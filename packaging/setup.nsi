@@ -62,6 +62,9 @@ VIAddVersionKey /LANG=0 "ProductVersion" "${VERSION}"
 !define PROGRAM_KEY "Software\Kelvaro"
 !define UNINSTALL_KEY "Software\Microsoft\Windows\CurrentVersion\Uninstall\Kelvaro"
 !define RUN_KEY "Software\Microsoft\Windows\CurrentVersion\Run"
+; Windows writes down the state of a program that crashed, when it finds this.
+!define DUMPS_KEY "SOFTWARE\Microsoft\Windows\Windows Error Reporting\LocalDumps"
+!define DUMPS_FOLDER "%LOCALAPPDATA%\CrashDumps"
 !define START_MENU "$SMPROGRAMS\Kelvaro"
 
 ; What the running program is known by: app/start.cpp, framework/core/preview_window.cpp, command_codes.h.
@@ -1052,6 +1055,13 @@ Section
     Call fingerprint
     WriteRegStr HKLM "${UNINSTALL_KEY}\Files" "Uninstall.exe" $1
     Call dropOldFiles
+    ; Small dumps, at most three, unless an administrator has set something else.
+    EnumRegValue $0 HKLM "${DUMPS_KEY}\Kelvaro.exe" 0
+    ${If} $0 == ""
+        WriteRegExpandStr HKLM "${DUMPS_KEY}\Kelvaro.exe" "DumpFolder" "${DUMPS_FOLDER}"
+        WriteRegDWORD HKLM "${DUMPS_KEY}\Kelvaro.exe" "DumpCount" 3
+        WriteRegDWORD HKLM "${DUMPS_KEY}\Kelvaro.exe" "DumpType" 1
+    ${EndIf}
     !insertmacro log "Registered"
     Call leaveOldFolder
     Call setAutostart
@@ -1068,6 +1078,35 @@ Function un.removeRunEntry
     Call un.runEntryIn
     ${If} $2 != ""
         DeleteRegValue HKCU "${RUN_KEY}" "Kelvaro"
+    ${EndIf}
+FunctionEnd
+
+; Removes the key $0 when it has neither subkeys nor values.
+Function un.removeEmptyKey
+    EnumRegKey $1 HKLM $0 0
+    EnumRegValue $2 HKLM $0 0
+    ${If} $1 == ""
+    ${AndIf} $2 == ""
+        DeleteRegKey /ifempty HKLM $0
+    ${EndIf}
+FunctionEnd
+
+; Removes what the installer has set for dumps, unless an administrator has changed it.
+Function un.removeDumpSettings
+    ReadRegStr $0 HKLM "${DUMPS_KEY}\Kelvaro.exe" "DumpFolder"
+    ReadRegDWORD $1 HKLM "${DUMPS_KEY}\Kelvaro.exe" "DumpCount"
+    ReadRegDWORD $2 HKLM "${DUMPS_KEY}\Kelvaro.exe" "DumpType"
+    ExpandEnvStrings $3 "${DUMPS_FOLDER}"
+    ${If} $0 == "${DUMPS_FOLDER}"
+    ${OrIf} $0 == $3
+        ${If} $1 = 3
+        ${AndIf} $2 = 1
+            DeleteRegKey HKLM "${DUMPS_KEY}\Kelvaro.exe"
+            StrCpy $0 "${DUMPS_KEY}"
+            Call un.removeEmptyKey
+            ${GetParent} "${DUMPS_KEY}" $0
+            Call un.removeEmptyKey
+        ${EndIf}
     ${EndIf}
 FunctionEnd
 
@@ -1096,6 +1135,7 @@ Section Uninstall
         Delete "${START_MENU}\Kelvaro.lnk"
         Delete "${START_MENU}\Kelvaro report.lnk"
         RMDir "${START_MENU}"
+        Call un.removeDumpSettings
         DeleteRegKey HKLM "${UNINSTALL_KEY}"
         DeleteRegValue HKLM "${PROGRAM_KEY}" "InstallDir"
         DeleteRegKey /ifempty HKLM "${PROGRAM_KEY}"

@@ -303,6 +303,14 @@ TEST_F(Installer, LeavesExactlyTheseFilesEntriesAndShortcuts) {
     const std::wstring folder = kUsualFolder;
     expected[L"HKLM\\Software\\Kelvaro\\"];
     expected[L"HKLM\\Software\\Kelvaro\\InstallDir"] = text(folder);
+    const std::wstring reporting = L"HKLM\\Software\\Microsoft\\Windows\\Windows Error Reporting\\";
+    const std::wstring dumps = reporting + L"LocalDumps\\Kelvaro.exe\\";
+    expected[reporting];
+    expected[reporting + L"LocalDumps\\"];
+    expected[dumps];
+    expected[dumps + L"DumpFolder"] = L"2:%LOCALAPPDATA%\\CrashDumps" + nul;
+    expected[dumps + L"DumpCount"] = L"4:03000000";
+    expected[dumps + L"DumpType"] = L"4:01000000";
     expected[uninstallKey];
     expected[uninstallKey + L"DisplayName"] = text(L"Kelvaro");
     expected[uninstallKey + L"DisplayVersion"] = text(kVersion);
@@ -815,6 +823,25 @@ TEST_F(Installer, RefusesToRunTwiceAtATime) {
         expectInstalled(kOlderVersion, kUsualFolder);
     }
     EXPECT_EQ(install(kVersion).code, kDone);
+}
+
+TEST_F(Installer, KeepsAnAdministratorsOwnSettingsForDumps) {
+    constexpr wchar_t kAll[] = L"Software\\Microsoft\\Windows\\Windows Error Reporting\\LocalDumps";
+    constexpr wchar_t kOwn[] =
+        L"Software\\Microsoft\\Windows\\Windows Error Reporting\\LocalDumps\\Kelvaro.exe";
+    constexpr DWORD kFull = 2;
+    RegSetKeyValueW(HKEY_LOCAL_MACHINE, kAll, L"DumpType", REG_DWORD, &kFull, sizeof(kFull));
+    const RegistryContents all = registryContents();
+    ASSERT_EQ(install(kVersion).code, kDone);
+    uninstall();
+    EXPECT_EQ(differences(all, registryContents()), L"");
+
+    RegSetKeyValueW(HKEY_LOCAL_MACHINE, kOwn, L"DumpType", REG_DWORD, &kFull, sizeof(kFull));
+    const RegistryContents own = registryContents();
+    ASSERT_EQ(install(kVersion).code, kDone);
+    uninstall();
+    EXPECT_EQ(differences(own, registryContents()), L"");
+    RegDeleteTreeW(HKEY_LOCAL_MACHINE, L"Software\\Microsoft\\Windows\\Windows Error Reporting");
 }
 
 TEST_F(Installer, RefusesAWindowsBeforeItsTime) {
