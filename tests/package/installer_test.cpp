@@ -38,6 +38,7 @@
 namespace {
 
 using namespace std::chrono_literals;
+using namespace std::string_literals;
 using testing::HasSubstr;
 
 constexpr wchar_t kVersion[] = L"" KELVARO_VERSION;
@@ -585,6 +586,27 @@ public:
     void browse() const { PostMessageW(GetParent(folderBox()), WM_COMMAND, kBrowseButton, 0); }
     void install() const { pressButton(window_, IDOK); }
     DWORD id() const { return setup_.id(); }
+    std::optional<DWORD> waitForExit() const { return setup_.waitForExit(60s); }
+
+    /// Waits for the last page and returns its check box with this text.
+    HWND checkBoxOfLastPage(const wchar_t* text) const {
+        HWND box = nullptr;
+        waitFor(
+            [&] {
+                for (HWND page = nullptr; box == nullptr;) {
+                    page = FindWindowExW(window_, page, L"#32770", nullptr);
+                    if (page == nullptr) {
+                        break;
+                    }
+                    box = FindWindowExW(page, nullptr, L"Button", text);
+                }
+                return box != nullptr && IsWindowVisible(box) != FALSE;
+            },
+            60s);
+        return box;
+    }
+    /// On the last page.
+    void finish() const { pressButton(window_, IDOK); }
 
     /// Waits for a box or dialog of the installer.
     HWND waitForBox() const {
@@ -633,6 +655,26 @@ TEST_F(Installer, MakesAChosenFolderOneOfItsOwn) {
     pressButton(page.waitForBox(), IDOK);
     EXPECT_TRUE(waitFor([&page] { return page.folder() == L"C:\\real folder\\Kelvaro"; }))
         << testing::PrintToString(page.folder());
+}
+
+TEST_F(Installer, OffersTheStartWithWindowsOnItsLastPage) {
+    for (const auto& [shown, expected] :
+         {std::pair(BST_UNCHECKED, std::optional(L"\"C:\\elsewhere\\Kelvaro.exe\" -delay15"s)),
+          std::pair(BST_CHECKED, std::optional<std::wstring>())}) {
+        const FolderPage page;
+        page.install();
+        const HWND startNow = page.checkBoxOfLastPage(L"Start Kelvaro");
+        const HWND startWithWindows =
+            page.checkBoxOfLastPage(L"Start Kelvaro with Windows, after 15 seconds");
+        ASSERT_TRUE(startNow != nullptr && startWithWindows != nullptr);
+        EXPECT_EQ(SendMessageW(startWithWindows, BM_GETCHECK, 0, 0), shown);
+        SendMessageW(startNow, BM_CLICK, 0, 0);
+        SendMessageW(startWithWindows, BM_CLICK, 0, 0);
+        page.finish();
+        EXPECT_EQ(page.waitForExit(), kDone);
+        EXPECT_EQ(runValue(), expected);
+        expectInstalled(kVersion, L"C:\\elsewhere");
+    }
 }
 
 TEST_F(Installer, LeavesWhatIsNotItsOwn) {
