@@ -47,7 +47,7 @@ contains() {
 }
 
 trap cleanUp EXIT
-trap 'exit 130' INT TERM HUP
+trapSignals
 printf 'hanging_program.exe||TIMEOUT|90\n' >"$folder/test_programs.txt"
 cat >"$folder/CTestTestfile.cmake" <<TEXT
 add_test(Hangs "$KELVARO_ROOT/scripts/wine.sh" "$program" "Z:$folder/end" --gtest_filter=Some.Test)
