@@ -19,6 +19,7 @@ Set-StrictMode -Version 2.0
 
 $uninstallKey = 'Software\Microsoft\Windows\CurrentVersion\Uninstall'
 $runKey = 'Software\Microsoft\Windows\CurrentVersion\Run'
+$dumpsKey = 'Software\Microsoft\Windows\Windows Error Reporting\LocalDumps'
 
 # A line for the key, and for all that is in it and below.
 function Get-KeyLines($Key, [string]$Name) {
@@ -40,7 +41,7 @@ function Get-RegistryLines {
     foreach ($hive in 'LocalMachine', 'CurrentUser') {
         foreach ($view in 'Registry64', 'Registry32') {
             $root = [Microsoft.Win32.RegistryKey]::OpenBaseKey($hive, $view)
-            foreach ($path in 'Software\Kelvaro', $runKey, "$uninstallKey\Kelvaro") {
+            foreach ($path in 'Software\Kelvaro', $runKey, $dumpsKey, "$uninstallKey\Kelvaro") {
                 $key = $root.OpenSubKey($path)
                 if ($null -ne $key) {
                     Get-KeyLines $key "$hive $view $path"
@@ -106,6 +107,7 @@ function Assert-Installed([string[]]$Lines, [string]$Folder) {
     Assert-Line $Lines "value $ours\DisplayName = String Kelvaro"
     Assert-Line $Lines "value $ours\DisplayVersion = String $version"
     Assert-Line $Lines "value $ours\InstallLocation = String $Folder"
+    Assert-Line $Lines "key LocalMachine Registry64 $dumpsKey\Kelvaro.exe"
     if ((Get-Target 'Kelvaro') -ne "$Folder\Kelvaro.exe") {
         throw "The shortcut in the Start menu starts '$(Get-Target 'Kelvaro')'."
     }
