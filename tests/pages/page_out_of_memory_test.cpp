@@ -18,8 +18,15 @@ namespace {
 /// there were. `change` gives the next drawing something to paint.
 template <typename Change, typename Draw>
 std::size_t failEachAllocation(const Change& change, const Draw& draw) {
+    // What a page remembers of its drawings is complete after the second one.
+    const auto drawTwice = [&] {
+        for (int i = 0; i < 2; ++i) {
+            change();
+            draw();
+        }
+    };
     for (std::size_t failing = 0;; ++failing) {
-        draw();
+        drawTwice();
         const GdiplusLedger ledger;
         const std::ptrdiff_t before = liveAllocations();
         bool thrown = false;
@@ -35,7 +42,7 @@ std::size_t failEachAllocation(const Change& change, const Draw& draw) {
             failed = failure.hasFailed();
         }
         EXPECT_EQ(thrown, failed) << "allocation " << failing;
-        draw();
+        drawTwice();
         EXPECT_EQ(liveAllocations(), before) << "allocation " << failing;
         EXPECT_EQ(ledger.outstanding(), GdiplusLedger::Numbers{}) << "allocation " << failing;
         if (!failed) {
