@@ -1,6 +1,7 @@
 #include "pages/main_page_painter.h"
 
 #include <bit>
+#include <cstdint>
 #include <optional>
 #include <string>
 #include <utility>
@@ -24,6 +25,7 @@ namespace {
 struct GraphStyle {
     const wchar_t* label;
     MainPageText labelPlace;
+    MainPageBar bar;
     PagePoint topLeft;
     Argb labelColour;
     Argb levelColour;
@@ -33,6 +35,7 @@ struct GraphStyle {
 
 constexpr GraphStyle kCpuGraph{L"CPU",
                                MainPageText::CpuLabel,
+                               MainPageBar::Memory,
                                Layout::kCpuGraph,
                                Palette::kCpuText,
                                Palette::kCpuLevel,
@@ -40,6 +43,7 @@ constexpr GraphStyle kCpuGraph{L"CPU",
                                Palette::kCpuHistory};
 constexpr GraphStyle kGpuGraph{L"GPU",
                                MainPageText::GpuLabel,
+                               MainPageBar::GpuMemory,
                                Layout::kGpuGraph,
                                Palette::kGpuText,
                                Palette::kGpuLevel,
@@ -135,7 +139,11 @@ private:
         Panelix::addHistorySample(graph, history, record);
         makePlates(graph, plates);
         if (plates && plates->drawPlot(bitmap_, value, history)) {
-            Panelix::drawHistoryBar(graphics_, graph);
+            const int barX = graph.x + graph.width + graph.barGap;
+            const int bottom = graph.y + Panelix::kPlotHeightPx;
+            drawBar(style.bar, barValue, {barX, bottom - 1, graph.barWidth, 1}, [&] {
+                Panelix::drawHistoryBar(graphics_, graph);
+            });
             drawText(style.labelPlace, style.label, style.labelColour);
         } else {
             Panelix::drawHistoryGraph(graphics_, graph, history, false);
@@ -196,16 +204,33 @@ private:
                      Palette::kSelectedChannel);
             drawVolumeFigure(Palette::kChannelVolume);
         }
-        drawVolumeBar(Layout::kLeftVolumeBarX, view_.leftVolume);
-        drawVolumeBar(Layout::kRightVolumeBarX, view_.rightVolume);
+        drawVolumeBar(MainPageBar::LeftVolume, Layout::kLeftVolumeBarX, view_.leftVolume);
+        drawVolumeBar(MainPageBar::RightVolume, Layout::kRightVolumeBarX, view_.rightVolume);
     }
 
     void drawVolumeFigure(Argb colour) {
         drawText(MainPageText::VolumeFigure, std::to_wstring(view_.volumeFigure), colour);
     }
 
-    void drawVolumeBar(int x, int percent) {
-        fillRect(graphics_, Layout::volumeBar(x, percent), Palette::kChannelVolume);
+    void drawVolumeBar(MainPageBar bar, int x, int percent) {
+        drawBar(bar, percent, Layout::volumeBar(x, 1), [&] {
+            fillRect(graphics_, Layout::volumeBar(x, percent), Palette::kChannelVolume);
+        });
+    }
+
+    /// `onePercent` is the place of the lowest percent.
+    template <typename Draw>
+    void drawBar(MainPageBar bar, int percent, const PageRect& onePercent, const Draw& drawAnew) {
+        constexpr int kFull = 100;
+        if (percent < 0 || percent > kFull) {
+            drawAnew();
+            return;
+        }
+        // A full bar, and a pixel more on each side.
+        const Panelix::PixelRect reach{
+            onePercent.x - 1, onePercent.y - kFull, onePercent.width + 2, kFull + 2};
+        RememberedDrawing& remembered = memory_.bars[static_cast<std::size_t>(bar)];
+        remembered.draw(bitmap_, {}, static_cast<std::uint32_t>(percent), reach, drawAnew);
     }
 
     void drawIcons() {
@@ -237,7 +262,7 @@ private:
 
     void drawText(MainPageText place, const std::wstring& text, Argb colour) {
         const MainPageTextStyle style = styleOf(place);
-        RememberedText& remembered = memory_.texts[static_cast<std::size_t>(place)];
+        RememberedDrawing& remembered = memory_.texts[static_cast<std::size_t>(place)];
         remembered.draw(bitmap_, text, colour, reachOf(style, text.size()), [&] {
             const TextTools& tools = textTools();
             const Gdiplus::SolidBrush brush{Gdiplus::Color(colour)};

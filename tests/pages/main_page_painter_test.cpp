@@ -16,6 +16,7 @@
 #include "tests/pages/expected_main_page.h"
 #include "tests/pages/page_painter.h"
 #include "tests/pages/sample_snapshot.h"
+#include "tests/support/failing_gdiplus.h"
 
 namespace {
 
@@ -145,6 +146,26 @@ TEST_F(MainPagePainting, PutsEveryImageInItsPlace) {
             }
         }
         removeImage(icon.image);
+    }
+}
+
+TEST_F(MainPagePainting, CopiesABarUntilItsFigureChanges) {
+    for (const MainPageImage image : {Background, Overlay, MicrophoneOn, SpeakerOn}) {
+        setImage(image, 320, 240, 0);
+    }
+    snapshot.gpuAvailable = false;
+    paint();
+    FailingGdiplus gdiplus;
+    for (const int volume : {20, 60, 20, 101, -1}) {
+        snapshot.speakerLeftVolume = volume;
+        paint();
+        const PagePixels first(bitmap);
+        EXPECT_EQ(first.at(288, 80) == first.at(288, 30), volume < 24 || volume > 100) << volume;
+        gdiplus.failCall(0);
+        paint();
+        const bool onScale = volume >= 0 && volume <= 100;
+        EXPECT_EQ(gdiplus.calls("GdipFillRectangleI"), onScale ? 0 : 1) << volume;
+        EXPECT_TRUE(samePixels(PagePixels(bitmap), first)) << volume;
     }
 }
 

@@ -1,4 +1,4 @@
-#include "pages/remembered_text.h"
+#include "pages/remembered_drawing.h"
 
 #include <gtest/gtest.h>
 
@@ -69,7 +69,7 @@ protected:
     Panelix::Canvas canvas;
     Page shown;
     Page fresh;
-    std::array<RememberedText, kMainPageTexts> texts;
+    std::array<RememberedDrawing, kMainPageTexts> texts;
     int drawn = 0;
 };
 
