@@ -268,7 +268,7 @@ private:
             const Gdiplus::SolidBrush brush{Gdiplus::Color(colour)};
             ::drawText(graphics_,
                        text,
-                       tools.font(style.fontPx),
+                       tools.font(style.font),
                        toPointF(style.point),
                        tools.format(style.anchor),
                        brush);

@@ -30,9 +30,24 @@ enum class MainPageText {
 /// bottom-right corner.
 enum class TextAnchor { TopLeft, TopLeftByFormat, Centre, RightBottom };
 
+enum class TextFont { Figure, Detail, Large };
+
+/// The height of the font's letters in pixels.
+constexpr float heightPx(TextFont font) {
+    switch (font) {
+        case TextFont::Figure:
+            return MainPageLayout::kFigureFontPx;
+        case TextFont::Large:
+            return MainPageLayout::kLargeFontPx;
+        case TextFont::Detail:
+            break;
+    }
+    return MainPageLayout::kDetailFontPx;
+}
+
 struct MainPageTextStyle {
     PagePoint point;
-    float fontPx;
+    TextFont font;
     TextAnchor anchor;
 };
 
@@ -43,19 +58,19 @@ constexpr MainPageTextStyle styleOf(MainPageText text) {
     using enum TextAnchor;
     // In the order of MainPageText.
     constexpr std::array<MainPageTextStyle, kMainPageTexts> kStyles{{
-        {Layout::kMailCount, Layout::kLargeFontPx, TopLeftByFormat},
-        {Layout::kCpuLabel, Layout::kDetailFontPx, TopLeft},
-        {Layout::kCpuName, Layout::kDetailFontPx, TopLeft},
-        {Layout::kCpuClock, Layout::kDetailFontPx, TopLeft},
-        {Layout::kCpuVid, Layout::kDetailFontPx, TopLeft},
-        {Layout::kCpuTemperature, Layout::kFigureFontPx, RightBottom},
-        {Layout::kGpuLabel, Layout::kDetailFontPx, TopLeft},
-        {Layout::kGpuName, Layout::kDetailFontPx, TopLeft},
-        {Layout::kGpuClock, Layout::kDetailFontPx, TopLeft},
-        {Layout::kGpuTemperature, Layout::kFigureFontPx, RightBottom},
-        {Layout::kGpuErrors, Layout::kDetailFontPx, TopLeft},
-        {Layout::kVolumeFigure, Layout::kLargeFontPx, Centre},
-        {Layout::kClock, Layout::kFigureFontPx, Centre},
+        {Layout::kMailCount, TextFont::Large, TopLeftByFormat},
+        {Layout::kCpuLabel, TextFont::Detail, TopLeft},
+        {Layout::kCpuName, TextFont::Detail, TopLeft},
+        {Layout::kCpuClock, TextFont::Detail, TopLeft},
+        {Layout::kCpuVid, TextFont::Detail, TopLeft},
+        {Layout::kCpuTemperature, TextFont::Figure, RightBottom},
+        {Layout::kGpuLabel, TextFont::Detail, TopLeft},
+        {Layout::kGpuName, TextFont::Detail, TopLeft},
+        {Layout::kGpuClock, TextFont::Detail, TopLeft},
+        {Layout::kGpuTemperature, TextFont::Figure, RightBottom},
+        {Layout::kGpuErrors, TextFont::Detail, TopLeft},
+        {Layout::kVolumeFigure, TextFont::Large, Centre},
+        {Layout::kClock, TextFont::Figure, Centre},
     }};
     return kStyles[static_cast<std::size_t>(text)];
 }
@@ -65,10 +80,11 @@ constexpr MainPageTextStyle styleOf(MainPageText text) {
 constexpr Panelix::PixelRect reachOf(const MainPageTextStyle& style, std::size_t letters) {
     // A line of the font is 1.15 times as high as its letters are said to be; the widest of them, "@", is
     // about as wide as that. Beside a text GDI+ leaves some room, within its bounds or beyond them.
-    const int height = static_cast<int>(style.fontPx * 1.15F) + 1;
+    const float fontPx = heightPx(style.font);
+    const int height = static_cast<int>(fontPx * 1.15F) + 1;
     const auto mostLetters = static_cast<float>(std::min<std::size_t>(letters, Panelix::kLcdWidth));
-    const int width = static_cast<int>(style.fontPx * 1.15F * mostLetters);
-    const int marginX = static_cast<int>(style.fontPx);
+    const int width = static_cast<int>(fontPx * 1.15F * mostLetters);
+    const int marginX = static_cast<int>(fontPx);
     constexpr int kMarginY = 2;
     PagePoint corner = style.point;
     if (style.anchor == TextAnchor::Centre) {

@@ -18,12 +18,16 @@ public:
         setAlignment(topLeft_, Gdiplus::StringAlignmentNear, Gdiplus::StringAlignmentNear);
     }
 
-    /// The font of one of the three heights.
-    const Gdiplus::Font& font(float heightPx) const {
-        if (heightPx == MainPageLayout::kLargeFontPx) {
-            return large_;
+    const Gdiplus::Font& font(TextFont which) const {
+        switch (which) {
+            case TextFont::Figure:
+                return figures_;
+            case TextFont::Large:
+                return large_;
+            case TextFont::Detail:
+                break;
         }
-        return heightPx == MainPageLayout::kFigureFontPx ? figures_ : details_;
+        return details_;
     }
 
     /// Null for none.

@@ -51,7 +51,7 @@ protected:
         const Gdiplus::SolidBrush brush{Gdiplus::Color(colour)};
         drawText(page.graphics,
                  text,
-                 tools.font(style.fontPx),
+                 tools.font(style.font),
                  toPointF(style.point),
                  tools.format(style.anchor),
                  brush);
