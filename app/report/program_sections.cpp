@@ -2,6 +2,7 @@
 
 #include <array>
 #include <cstdint>
+#include <iterator>
 #include <string>
 #include <string_view>
 
@@ -23,6 +24,10 @@ using Panelix::UniqueHkey;
 
 constexpr wchar_t kProgramFile[] = L"\\Kelvaro.exe";
 constexpr wchar_t kWindowsKey[] = L"SOFTWARE\\Microsoft\\Windows NT\\CurrentVersion";
+/// The first build of Windows 11. Its name in the registry is still that of Windows 10.
+constexpr DWORD kFirstBuildOf11 = 22'000;
+constexpr wchar_t kOldName[] = L"Windows 10";
+constexpr wchar_t kNewName[] = L"Windows 11";
 /// As long as the program reads it, in bytes.
 constexpr std::size_t kEntryBytes = 260;
 
@@ -53,14 +58,27 @@ DWORD windowsRevision() {
     return revision;
 }
 
-/// What the system itself tells, whatever a program's manifest or its compatibility settings say.
-std::wstring windowsVersionText() {
+/// What the system itself tells, whatever a program's manifest or its compatibility settings say. All zero
+/// when it does not.
+OSVERSIONINFOW windowsVersion() {
     using GetVersion = LONG NTAPI(OSVERSIONINFOW*);
     auto* const getVersion =
         Panelix::exportedFunction<GetVersion>(GetModuleHandleW(L"ntdll.dll"), "RtlGetVersion");
     OSVERSIONINFOW version{};
     version.dwOSVersionInfoSize = sizeof(version);
-    if (getVersion == nullptr || getVersion(&version) != 0) {
+    return getVersion != nullptr && getVersion(&version) == 0 ? version : OSVERSIONINFOW{};
+}
+
+std::wstring windowsNameText(const OSVERSIONINFOW& version) {
+    std::wstring name = windowsText(L"ProductName");
+    if (version.dwBuildNumber >= kFirstBuildOf11 && name.starts_with(kOldName)) {
+        name.replace(0, std::size(kOldName) - 1, kNewName);
+    }
+    return name.empty() ? L"without a name" : name;
+}
+
+std::wstring windowsVersionText(const OSVERSIONINFOW& version) {
+    if (version.dwMajorVersion == 0) {
         return L"unknown";
     }
     std::wstring text = std::to_wstring(version.dwMajorVersion) + L'.' +
@@ -154,9 +172,9 @@ void reportProgram(ReportWriter& writer) {
 }
 
 void reportWindows(ReportWriter& writer) {
-    const std::wstring name = windowsText(L"ProductName");
-    writer.value(L"Windows", name.empty() ? L"without a name" : name);
-    writer.value(L"Version", windowsVersionText());
+    const OSVERSIONINFOW version = windowsVersion();
+    writer.value(L"Windows", windowsNameText(version));
+    writer.value(L"Version", windowsVersionText(version));
     writer.value(L"Wine", wineText());
     writer.value(L"ANSI code page", std::to_wstring(GetACP()));
 }

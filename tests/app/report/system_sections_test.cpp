@@ -134,11 +134,13 @@ TEST_F(ReportSection, OfTheMemoryTellsAllOfItAndWhatIsFree) {
 
 // Windows
 
+DWORD build = 19'045;
+
 LONG NTAPI tellVersion(OSVERSIONINFOW* version) {
     EXPECT_EQ(version->dwOSVersionInfoSize, sizeof(OSVERSIONINFOW));
     version->dwMajorVersion = 10;
     version->dwMinorVersion = 3;
-    version->dwBuildNumber = 19'045;
+    version->dwBuildNumber = build;
     return 0;
 }
 
@@ -183,6 +185,25 @@ TEST_F(ReportSection, OfWindowsTellsItsVersionToTheRevision) {
     write(reportWindows);
     EXPECT_THAT(text, HasSubstr(line(L"Windows", L"Windows 10 Pro")));
     EXPECT_THAT(text, HasSubstr(line(L"Version", L"10.3, build 19045.3570 (22H2)")));
+}
+
+TEST_F(ReportSection, OfWindowsNamesWindows11ByItsBuildWhereTheRegistryNamesWindows10) {
+    const RegistryOverride registry;
+    const ImportOverride functions("kernel32.dll", "GetProcAddress", findVersions);
+    findInLibrary = functions.original<FindFunction>();
+    const std::wstring key = L"SOFTWARE\\Microsoft\\Windows NT\\CurrentVersion";
+    const auto expectName = [&](DWORD number, const wchar_t* told, const wchar_t* shown) {
+        build = number;
+        RegistryOverride::setText(HKEY_LOCAL_MACHINE, key, L"ProductName", told);
+        write(reportWindows);
+        EXPECT_THAT(text, HasSubstr(line(L"Windows", shown)));
+    };
+    expectName(22'000, L"Windows 10 Pro", L"Windows 11 Pro");
+    expectName(26'100, L"Windows 10 Home", L"Windows 11 Home");
+    expectName(26'100, L"Windows 11 Home", L"Windows 11 Home");
+    expectName(26'100, L"Windows Server 2025", L"Windows Server 2025");
+    expectName(21'999, L"Windows 10 Pro", L"Windows 10 Pro");
+    build = 19'045;
 }
 
 // Files
