@@ -23,6 +23,10 @@ using Panelix::UniqueHandle;
 using Panelix::UniqueHkey;
 
 constexpr wchar_t kProgramFile[] = L"\\Kelvaro.exe";
+/// The switches of Task Manager for what starts with Windows: binary values of the Run values' names.
+constexpr wchar_t kSwitchesKey[] =
+    L"Software\\Microsoft\\Windows\\CurrentVersion\\Explorer\\StartupApproved\\Run";
+constexpr wchar_t kSwitch[] = L"Kelvaro";
 constexpr wchar_t kWindowsKey[] = L"SOFTWARE\\Microsoft\\Windows NT\\CurrentVersion";
 /// The first build of Windows 11. Its name in the registry is still that of Windows 10.
 constexpr DWORD kFirstBuildOf11 = 22'000;
@@ -161,6 +165,28 @@ std::wstring pointsText(const std::wstring& program) {
     return fileExists(program) ? L"no, but at a file that is there" : L"no, and the file is not there";
 }
 
+/// Whether Task Manager's switch is off, and a line about it. Off is a first byte that is odd; without a
+/// value the switch is on.
+bool reportSwitch(ReportWriter& writer) {
+    constexpr const wchar_t* kLabel = L"Switch in Task Manager";
+    std::array<BYTE, 64> bytes{};
+    auto size = static_cast<DWORD>(bytes.size());
+    const LSTATUS status = RegGetValueW(
+        HKEY_CURRENT_USER, kSwitchesKey, kSwitch, RRF_RT_REG_BINARY, nullptr, bytes.data(), &size);
+    if (status == ERROR_FILE_NOT_FOUND) {
+        writer.value(kLabel, L"not there, which is on");
+    } else if (status == ERROR_UNSUPPORTED_TYPE || status == ERROR_MORE_DATA) {
+        writer.value(kLabel, L"in a form that is not known");
+    } else if (status != ERROR_SUCCESS) {
+        writer.notLookedAt(kLabel, errorText(static_cast<DWORD>(status)));
+    } else {
+        const bool off = size > 0 && bytes.front() % 2 != 0;
+        writer.value(kLabel, off ? L"off" : L"on");
+        return off;
+    }
+    return false;
+}
+
 }  // namespace
 
 void reportProgram(ReportWriter& writer) {
@@ -184,10 +210,12 @@ void reportStart(ReportWriter& writer) {
     if (reportEntry(writer, L"Run entry", run)) {
         writer.value(L"Points at Kelvaro.exe here", pointsText(startedProgram(wideFromAnsi(run.text))));
     }
+    const bool switchedOff = reportSwitch(writer);
     bool autostart = false;
     std::uint32_t delaySeconds = 0;
     if (ReadSettings(autostart, delaySeconds)) {
-        writer.value(L"Starts with Windows", yesNo(autostart));
+        writer.value(L"Starts with Windows",
+                     autostart && switchedOff ? L"no: it is switched off in Task Manager" : yesNo(autostart));
         writer.value(L"Delay", std::to_wstring(delaySeconds) + L" s");
     } else {
         writer.value(L"Settings", L"cannot be read: the dialog shows neither of them");

@@ -8,7 +8,7 @@
 /// This program, Kelvaro beside it, and whether that runs.
 void reportProgram(ReportWriter& writer);
 void reportWindows(ReportWriter& writer);
-/// The Run entry and the installation entry.
+/// The Run entry, Task Manager's switch for it, and the installation entry.
 void reportStart(ReportWriter& writer);
 void reportCpuLoad(ReportWriter& writer);
 void reportMemory(ReportWriter& writer);

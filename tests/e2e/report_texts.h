@@ -27,6 +27,7 @@ Windows
 Start with Windows
   Run entry                   "%USERPROFILE%\Temp\kelvaro-test-*\Kelvaro.exe" -delay15
   Points at Kelvaro.exe here  yes
+  Switch in Task Manager      not there, which is on
   Starts with Windows         yes
   Delay                       15 s
   InstallDir                  %USERPROFILE%\Temp\kelvaro-test-*
@@ -202,6 +203,7 @@ Windows
 
 Start with Windows
   Run entry                   not there
+  Switch in Task Manager      not there, which is on
   Starts with Windows         no
   Delay                       0 s
   InstallDir                  not there

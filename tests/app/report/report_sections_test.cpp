@@ -480,6 +480,7 @@ TEST_F(ReportOfTheStart, TellsAnEntryThatPointsElsewhere) {
                   folder.executable() +
                   L"\" -delay15\n"
                   L"  Points at Kelvaro.exe here  no, but at a file that is there\n"
+                  L"  Switch in Task Manager      not there, which is on\n"
                   L"  Starts with Windows         yes\n"
                   L"  Delay                       15 s\n"
                   L"  InstallDir                  " +
@@ -546,6 +547,53 @@ TEST_F(ReportOfTheStart, AnEntryIsReadAsFarAsKelvaroReadsIt) {
     setRun(std::wstring(260, L'x'));
     write(reportStart);
     EXPECT_THAT(text, HasSubstr(line(L"Run entry", L"longer than 260 bytes, which Kelvaro does not read")));
+}
+
+constexpr wchar_t kSwitchesKey[] =
+    L"Software\\Microsoft\\Windows\\CurrentVersion\\Explorer\\StartupApproved\\Run";
+
+void setSwitch(const std::vector<BYTE>& bytes, DWORD type = REG_BINARY) {
+    RegistryOverride::setValue(HKEY_CURRENT_USER,
+                               kSwitchesKey,
+                               L"Kelvaro",
+                               type,
+                               bytes.data(),
+                               static_cast<DWORD>(bytes.size()));
+}
+
+TEST_F(ReportOfTheStart, TheSwitchInTaskManagerWinsOverTheEntry) {
+    setRun(L"\"C:\\Kelvaro.exe\"");
+    for (const BYTE off : {BYTE{1}, BYTE{3}, BYTE{7}}) {
+        setSwitch({off, 0, 0, 0, 1, 2, 3, 4, 5, 6, 7, 8});
+        write(reportStart);
+        EXPECT_THAT(text, HasSubstr(line(L"Switch in Task Manager", L"off")));
+        EXPECT_THAT(text, HasSubstr(line(L"Starts with Windows", L"no: it is switched off in Task Manager")));
+    }
+    for (const BYTE on : {BYTE{0}, BYTE{2}, BYTE{6}}) {
+        setSwitch({on, 1, 1, 1, 0, 0, 0, 0, 0, 0, 0, 0});
+        write(reportStart);
+        EXPECT_THAT(text, HasSubstr(line(L"Switch in Task Manager", L"on")));
+        EXPECT_THAT(text, HasSubstr(line(L"Starts with Windows", L"yes")));
+    }
+    setSwitch({});
+    write(reportStart);
+    EXPECT_THAT(text, HasSubstr(line(L"Switch in Task Manager", L"on")));
+    EXPECT_THAT(writer.incomplete(), IsEmpty());
+}
+
+TEST_F(ReportOfTheStart, ASwitchOfAnotherFormIsToldAndOneThatMayNotBeReadCouldNotBeLookedAt) {
+    setRun(L"\"C:\\Kelvaro.exe\"");
+    for (const DWORD type : {DWORD{REG_BINARY}, DWORD{REG_SZ}}) {
+        setSwitch(std::vector<BYTE>(type == REG_BINARY ? 65 : 2, 1), type);
+        write(reportStart);
+        EXPECT_THAT(text, HasSubstr(line(L"Switch in Task Manager", L"in a form that is not known")));
+        EXPECT_THAT(text, HasSubstr(line(L"Starts with Windows", L"yes")));
+    }
+    EXPECT_THAT(writer.incomplete(), IsEmpty());
+    const DeniedKey denied(kSwitchesKey);
+    write(reportStart);
+    EXPECT_THAT(text, HasSubstr(lineStart(L"Switch in Task Manager", L"could not be looked at: error 5")));
+    EXPECT_THAT(writer.incomplete(), ElementsAre(L"Title"));
 }
 
 // Program
