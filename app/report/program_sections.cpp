@@ -104,6 +104,18 @@ std::wstring wineText() {
     return getVersion != nullptr ? wideFromAscii(getVersion()) : L"no";
 }
 
+/// Whether this program, and so not always Kelvaro, has an administrator's rights.
+std::wstring elevationText() {
+    UniqueHandle token;
+    TOKEN_ELEVATION elevation{};
+    DWORD bytes = 0;
+    if (OpenProcessToken(GetCurrentProcess(), TOKEN_QUERY, token.put()) == FALSE ||
+        GetTokenInformation(token.get(), TokenElevation, &elevation, sizeof(elevation), &bytes) == FALSE) {
+        return L"the system does not say, " + errorText(GetLastError());
+    }
+    return yesNo(elevation.TokenIsElevated != 0);
+}
+
 struct Entry {
     LSTATUS status;
     DWORD type;
@@ -192,6 +204,7 @@ bool reportSwitch(ReportWriter& writer) {
 void reportProgram(ReportWriter& writer) {
     writer.value(L"Version", L"" KELVARO_VERSION_TEXT);
     writer.value(L"Report", modulePath(nullptr));
+    writer.value(L"The report runs elevated", elevationText());
     const std::wstring program = besideReport();
     writer.value(L"Kelvaro.exe beside it", fileExists(program) ? versionText(program) : L"not there");
     writer.value(L"Kelvaro runs now", runningText());

@@ -43,6 +43,7 @@ int writeReport(const ReportOptions& options, const ReportWriter::Sink& sink) {
     writer.section(L"Start with Windows", [&] { reportStart(writer); });
     writer.section(L"CPU load", [&] { reportCpuLoad(writer); });
     writer.section(L"Memory", [&] { reportMemory(writer); });
+    writer.section(L"Display adapters", [&] { reportDisplayAdapters(writer); });
     writer.section(L"Mail", [&] { reportMail(writer); });
     writer.section(L"Gamepad", [&] { reportGamepad(writer); });
     // Each on its own, as COM may refuse.

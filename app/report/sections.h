@@ -14,6 +14,8 @@ void reportCpuLoad(ReportWriter& writer);
 void reportMemory(ReportWriter& writer);
 /// Counts only: an account's name is an address.
 void reportMail(ReportWriter& writer);
+/// All adapters with an installed driver, whether or not Kelvaro reads their figures.
+void reportDisplayAdapters(ReportWriter& writer);
 void reportGamepad(ReportWriter& writer);
 /// COM must run on the thread in this and in reportFigures().
 void reportSound(ReportWriter& writer);

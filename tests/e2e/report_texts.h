@@ -15,6 +15,7 @@ here under the names that Windows shows: read the text before you send it.
 Program
   Version                     )text" KELVARO_VERSION_TEXT R"text(
   Report                      %USERPROFILE%\Temp\kelvaro-test-*\KelvaroReport.exe
+  The report runs elevated    *
   Kelvaro.exe beside it       version )text" KELVARO_VERSION_TEXT R"text(.0
   Kelvaro runs now            no
 
@@ -42,6 +43,9 @@ Memory
   GlobalMemoryStatusEx        works
   Physical memory             *
   In use                      *
+
+Display adapters
+  *
 
 Mail
   Accounts                    2
@@ -192,6 +196,7 @@ here under the names that Windows shows: read the text before you send it.
 Program
   Version                     )text" KELVARO_VERSION_TEXT R"text(
   Report                      %USERPROFILE%\Temp\kelvaro-test-*\KelvaroReport.exe
+  The report runs elevated    *
   Kelvaro.exe beside it       not there
   Kelvaro runs now            no
 
@@ -217,6 +222,9 @@ Memory
   GlobalMemoryStatusEx        works
   Physical memory             *
   In use                      *
+
+Display adapters
+  *
 
 Mail
   Accounts                    no mail program has left a list

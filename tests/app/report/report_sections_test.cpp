@@ -693,7 +693,7 @@ TEST_F(ReportSection, ARegistryThatRefusesCouldNotBeLookedAt) {
     const ImportOverride narrow("advapi32.dll", "RegOpenKeyExA", refuseKeyA);
     const ImportOverride wide("advapi32.dll", "RegOpenKeyExW", refuseKeyW);
     const std::function<void(ReportWriter&)> sections[] = {
-        reportStart, reportMail, [](ReportWriter& each) { reportLcd(each, true); }};
+        reportStart, reportMail, reportDisplayAdapters, [](ReportWriter& each) { reportLcd(each, true); }};
     for (const auto& section : sections) {
         ReportWriter each([this](std::wstring_view part) { text += part; },
                           [](std::wstring value) { return value; });

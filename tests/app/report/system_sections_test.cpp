@@ -206,6 +206,92 @@ TEST_F(ReportSection, OfWindowsNamesWindows11ByItsBuildWhereTheRegistryNamesWind
     build = 19'045;
 }
 
+// Display adapters
+
+constexpr wchar_t kDriversKey[] =
+    L"SYSTEM\\CurrentControlSet\\Control\\Class\\{4d36e968-e325-11ce-bfc1-08002be10318}";
+
+void addDriver(const wchar_t* subkey, const wchar_t* value, const std::wstring& told) {
+    RegistryOverride::setText(HKEY_LOCAL_MACHINE, std::wstring(kDriversKey) + L'\\' + subkey, value, told);
+}
+
+DWORD outputs = 0;
+
+/// The first adapter has two outputs.
+BOOL WINAPI tellOutput(LPCWSTR, DWORD number, PDISPLAY_DEVICEW device, DWORD) {
+    EXPECT_EQ(device->cb, sizeof(DISPLAY_DEVICEW));
+    std::wcscpy(device->DeviceString, number < 2 ? L"Test GPU" : L"Mirror");
+    return number < outputs ? TRUE : FALSE;
+}
+
+class ReportOfDisplayAdapters : public ReportSection {
+protected:
+    RegistryOverride registry;
+    ImportOverride displays{"user32.dll", "EnumDisplayDevicesW", tellOutput};
+};
+
+TEST_F(ReportOfDisplayAdapters, TellsTheDriverOfEachAndWhichAreNotInTheMachineNow) {
+    outputs = 3;
+    addDriver(L"0000", L"DriverDesc", L"Test GPU");
+    addDriver(L"0000", L"DriverVersion", L"31.0.15.3640");
+    addDriver(L"0000", L"DriverDate", L"6-8-2023");
+    addDriver(L"0003", L"DriverDesc", L"Old GPU");
+    addDriver(L"Properties", L"Something", L"else");
+    write(reportDisplayAdapters);
+    EXPECT_EQ(text,
+              L"\nTitle\n"
+              L"  Adapters                    2\n"
+              L"  Adapter 1                   Test GPU\n"
+              L"  Driver                      31.0.15.3640 of 6-8-2023\n"
+              L"  Adapter 2                   Old GPU, not in the machine now\n"
+              L"  Driver                      without a version\n");
+}
+
+TEST_F(ReportOfDisplayAdapters, WithoutDriversOrOutputsAreAFinding) {
+    outputs = 0;
+    write(reportDisplayAdapters);
+    EXPECT_THAT(text, HasSubstr(line(L"Adapters", L"no driver is installed")));
+    addDriver(L"0000", L"DriverDesc", L"Test GPU");
+    write(reportDisplayAdapters);
+    EXPECT_THAT(text, HasSubstr(line(L"Adapter 1", L"Test GPU, not in the machine now")));
+    EXPECT_THAT(writer.incomplete(), testing::IsEmpty());
+}
+
+TEST_F(ReportOfDisplayAdapters, AreNoMoreThanSixtyFour) {
+    outputs = 0xFFFF'FFFF;
+    for (int i = 100; i < 170; ++i) {
+        addDriver(std::to_wstring(i).c_str(), L"DriverDesc", L"Test GPU");
+    }
+    write(reportDisplayAdapters);
+    EXPECT_THAT(text, HasSubstr(line(L"Adapters", L"64")));
+}
+
+// Rights
+
+DWORD elevated = 0;
+bool elevationIsTold = true;
+
+BOOL WINAPI tellElevation(HANDLE, TOKEN_INFORMATION_CLASS kind, LPVOID record, DWORD bytes, PDWORD) {
+    EXPECT_EQ(kind, TokenElevation);
+    EXPECT_EQ(bytes, sizeof(TOKEN_ELEVATION));
+    static_cast<TOKEN_ELEVATION*>(record)->TokenIsElevated = elevated;
+    SetLastError(ERROR_ACCESS_DENIED);
+    return elevationIsTold ? TRUE : FALSE;
+}
+
+TEST_F(ReportSection, OfTheProgramTellsWhetherItRunsElevated) {
+    const ImportOverride token("advapi32.dll", "GetTokenInformation", tellElevation);
+    elevationIsTold = true;
+    for (const DWORD is : {0U, 1U}) {
+        elevated = is;
+        write(reportProgram);
+        EXPECT_THAT(text, HasSubstr(line(L"The report runs elevated", is != 0 ? L"yes" : L"no")));
+    }
+    elevationIsTold = false;
+    write(reportProgram);
+    EXPECT_THAT(text, HasSubstr(lineStart(L"The report runs elevated", L"the system does not say, error 5")));
+}
+
 // Files
 
 VS_FIXEDFILEINFO versionRecord{};
