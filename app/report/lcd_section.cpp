@@ -84,8 +84,9 @@ void reportLcd(ReportWriter& writer, bool start) {
     writer.value(L"The file", there ? L"there, " + versionText(path) : L"not there");
     // Stays in the process, like the program's own.
     const HMODULE library = Panelix::loadLcdModule(path.c_str());
+    const DWORD error = GetLastError();
     if (library == nullptr) {
-        writer.value(L"Loaded", L"no, " + errorText(GetLastError()));
+        writer.value(L"Loaded", L"no, " + loadErrorText(path, error));
         return;
     }
     writer.value(L"Loaded", modulePath(library));

@@ -8,12 +8,17 @@ bool reportLibrary(ReportWriter& writer,
                    HMODULE module,
                    DWORD error) {
     writer.value(L"Library", file);
+    std::wstring first;
     for (const std::wstring& folder : folders) {
         const std::wstring path = folder + L'\\' + file;
-        writer.value(L"Looked for", path + (fileExists(path) ? L": there" : L": not there"));
+        const bool there = fileExists(path);
+        writer.value(L"Looked for", path + (there ? L": there" : L": not there"));
+        if (there && first.empty()) {
+            first = path;
+        }
     }
     if (module == nullptr) {
-        writer.value(L"Loaded", L"no, " + errorText(error));
+        writer.value(L"Loaded", L"no, " + loadErrorText(first, error));
         return false;
     }
     const std::wstring path = modulePath(module);

@@ -67,6 +67,27 @@ UniqueFile openForLooking(const std::wstring& path) {
                                   nullptr));
 }
 
+/// Reads one record at a place of a file.
+template <typename Record>
+bool readAt(HANDLE file, LONG offset, Record& record) {
+    DWORD read = 0;
+    return SetFilePointer(file, offset, nullptr, FILE_BEGIN) != INVALID_SET_FILE_POINTER &&
+           ReadFile(file, &record, sizeof(record), &read, nullptr) != FALSE && read == sizeof(record);
+}
+
+std::wstring machineName(WORD machine) {
+    switch (machine) {
+        case IMAGE_FILE_MACHINE_I386:
+            return L"x86 (32 bits)";
+        case IMAGE_FILE_MACHINE_AMD64:
+            return L"x64";
+        case IMAGE_FILE_MACHINE_ARM64:
+            return L"ARM64";
+        default:
+            return L"machine " + std::to_wstring(machine);
+    }
+}
+
 bool readIdentity(const std::wstring& path, BY_HANDLE_FILE_INFORMATION& identity) {
     const UniqueFile file = openForLooking(path);
     return file && GetFileInformationByHandle(file.get(), &identity) != FALSE;
@@ -135,6 +156,28 @@ std::wstring systemFolder() {
 bool fileExists(const std::wstring& path) {
     const DWORD attributes = GetFileAttributesW(path.c_str());
     return attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_DIRECTORY) == 0;
+}
+
+std::wstring machineOf(const std::wstring& path) {
+    struct Header {
+        DWORD signature;
+        IMAGE_FILE_HEADER file;
+    };
+    const UniqueFile file(CreateFileW(
+        path.c_str(), GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_DELETE, nullptr, OPEN_EXISTING, 0, nullptr));
+    IMAGE_DOS_HEADER start{};
+    Header header{};
+    if (!file || !readAt(file.get(), 0, start) || start.e_magic != IMAGE_DOS_SIGNATURE ||
+        !readAt(file.get(), start.e_lfanew, header) || header.signature != IMAGE_NT_SIGNATURE) {
+        return {};
+    }
+    return machineName(header.file.Machine);
+}
+
+std::wstring loadErrorText(const std::wstring& path, DWORD error) {
+    const std::wstring machine = error == ERROR_BAD_EXE_FORMAT ? machineOf(path) : std::wstring();
+    return machine.empty() ? errorText(error)
+                           : L"it is made for " + machine + L" and Kelvaro for x64, " + errorText(error);
 }
 
 bool isSameFile(const std::wstring& first, const std::wstring& second) {

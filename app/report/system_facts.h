@@ -29,6 +29,13 @@ std::wstring systemFolder();
 
 bool fileExists(const std::wstring& path);
 
+/// "x86", "ARM64" and so on: the machine in the header of a program or library. Empty when the file cannot be
+/// read or is none.
+std::wstring machineOf(const std::wstring& path);
+
+/// Why the library at that path did not load, with the machine that it was made for when that is why.
+std::wstring loadErrorText(const std::wstring& path, DWORD error);
+
 /// Whether both paths lead to one file, however they are written. False when either cannot be opened.
 bool isSameFile(const std::wstring& first, const std::wstring& second);
 

@@ -13,12 +13,14 @@
 #include <utility>
 #include <vector>
 
+#include "app/report/library_findings.h"
 #include "app/report/private_names.h"
 #include "app/report/report.h"
 #include "app/report/report_writer.h"
 #include "app/report/sections.h"
 #include "app/report/system_facts.h"
 #include "framework/core/com_apartment.h"
+#include "framework/core/unique_resource.h"
 #include "standins/adl/virtual_radeon.h"
 #include "standins/core_audio/loaded_core_audio.h"
 #include "standins/core_audio/virtual_audio.h"
@@ -34,6 +36,7 @@
 #include "tests/support/installation.h"
 #include "tests/support/lcd_registration.h"
 #include "tests/support/registry_override.h"
+#include "tests/support/temporary_folder.h"
 
 // Single sections on machines that lack or refuse something. The whole text is a test of the shipped program.
 
@@ -339,6 +342,56 @@ TEST_F(ReportOfTheLcd, TellsAFileThatIsNotThereOneThatIsNoLibraryAndAPathThatIsT
     EXPECT_THAT(writer.incomplete(), IsEmpty()) << "findings";
 }
 
+/// A copy of the stand-in with another machine in its header.
+std::wstring libraryFor(WORD machine, const TemporaryFolder& folder) {
+    const std::wstring path = folder.path() + L"\\LogitechLcd" + std::to_wstring(machine) + L".dll";
+    EXPECT_NE(CopyFileW(vendorLibraryPath(VendorLibrary::LcdSdk).c_str(), path.c_str(), FALSE), FALSE);
+    const Panelix::UniqueFile file(CreateFileW(
+        path.c_str(), GENERIC_READ | GENERIC_WRITE, FILE_SHARE_READ, nullptr, OPEN_EXISTING, 0, nullptr));
+    EXPECT_TRUE(file) << "error " << GetLastError();
+    IMAGE_DOS_HEADER start{};
+    DWORD bytes = 0;
+    EXPECT_NE(ReadFile(file.get(), &start, sizeof(start), &bytes, nullptr), FALSE);
+    SetFilePointer(file.get(), start.e_lfanew + static_cast<LONG>(sizeof(DWORD)), nullptr, FILE_BEGIN);
+    EXPECT_NE(WriteFile(file.get(), &machine, sizeof(machine), &bytes, nullptr), FALSE);
+    return path;
+}
+
+TEST_F(ReportOfTheLcd, TellsTheMachineThatALibraryIsMadeForWhenItIsAnotherOne) {
+    const TemporaryFolder folder;
+    const std::pair<WORD, const wchar_t*> machines[] = {
+        {IMAGE_FILE_MACHINE_I386, L"x86 (32 bits)"},
+        {IMAGE_FILE_MACHINE_ARM64, L"ARM64"},
+        {IMAGE_FILE_MACHINE_IA64, L"machine 512"},
+    };
+    for (const auto& [machine, name] : machines) {
+        registerLcdLibrary(libraryFor(machine, folder));
+        write(true);
+        EXPECT_THAT(text,
+                    HasSubstr(lineStart(
+                        L"Loaded",
+                        L"no, it is made for " + std::wstring(name) + L" and Kelvaro for x64, error 193")));
+    }
+}
+
+TEST_F(ReportSection, OfALibraryTellsTheMachineOfTheFileThatIsFoundFirst) {
+    const TemporaryFolder folder;
+    const std::wstring path = libraryFor(IMAGE_FILE_MACHINE_I386, folder);
+    const std::wstring file = path.substr(path.find_last_of(L'\\') + 1);
+    write([&](ReportWriter& each) {
+        reportLibrary(each, file.c_str(), {L"C:\\nowhere", folder.path()}, nullptr, ERROR_BAD_EXE_FORMAT);
+    });
+    EXPECT_THAT(text, HasSubstr(lineStart(L"Loaded", L"no, it is made for x86 (32 bits) and Kelvaro")));
+    write([&](ReportWriter& each) {
+        reportLibrary(each, file.c_str(), {folder.path()}, nullptr, ERROR_MOD_NOT_FOUND);
+    });
+    EXPECT_THAT(text, HasSubstr(lineStart(L"Loaded", L"no, error 126")));
+    write([&](ReportWriter& each) {
+        reportLibrary(each, file.c_str(), {L"C:\\nowhere"}, nullptr, ERROR_BAD_EXE_FORMAT);
+    });
+    EXPECT_THAT(text, HasSubstr(lineStart(L"Loaded", L"no, error 193")));
+}
+
 TEST_F(ReportOfTheLcd, NamesTheExportThatTheLibraryLacksAndNoOther) {
     for (const std::string missing : {"LogiLcdInit",
                                       "LogiLcdIsConnected",
@@ -553,12 +606,8 @@ constexpr wchar_t kSwitchesKey[] =
     L"Software\\Microsoft\\Windows\\CurrentVersion\\Explorer\\StartupApproved\\Run";
 
 void setSwitch(const std::vector<BYTE>& bytes, DWORD type = REG_BINARY) {
-    RegistryOverride::setValue(HKEY_CURRENT_USER,
-                               kSwitchesKey,
-                               L"Kelvaro",
-                               type,
-                               bytes.data(),
-                               static_cast<DWORD>(bytes.size()));
+    RegistryOverride::setValue(
+        HKEY_CURRENT_USER, kSwitchesKey, L"Kelvaro", type, bytes.data(), static_cast<DWORD>(bytes.size()));
 }
 
 TEST_F(ReportOfTheStart, TheSwitchInTaskManagerWinsOverTheEntry) {
