@@ -22,19 +22,21 @@ constexpr std::wstring_view kCommonNames =
     L" admin administrator computer default desktop files guest home laptop local notebook office owner "
     L"pc program public system system32 temp test user userprofile users windows work "
     // Of what the report is about.
-    L" amd atiadlxx audio battery bytes card clock code controller core cpu default definition device "
-    L"devices digital display driver dll exe figure figures gamepad geforce getcoretempinfo gpu hardware "
-    L"headphones headset high hklm intel kelvaro kelvaroreport keyboard khz lcd level library line lines "
-    L"list machine mail mapping memory mib microphone microphones mmdevapi mobile monitor nvidia output "
-    L"program radeon realtek record report result serverbinary session software sound speaker speakers "
-    L"status usb version volume wine "
+    L" adapter amd atiadlxx audio battery bits bytes card clock code controller core cpu crashdumps "
+    L"default definition device devices digital display dll driver dump dumps entry exe figure figures "
+    L"gamepad geforce getcoretempinfo gpu hardware headphones headset high hklm installer intel kelvaro "
+    L"kelvaroreport keyboard khz kib lcd level library line lines list machine mail manager mapping "
+    L"memory mib microphone microphones mmdevapi mobile monitor nvidia output program radeon realtek "
+    L"record report result serverbinary session software sound speaker speakers status switch task usb "
+    L"version volume wine "
     // Of its sentences.
     L" active all and at available be been before but called cannot classes clsid connected could count "
-    L"does empty error fails false file finds first for found free full gone had has here id in "
-    L"installed is it its left loaded longer looked low may medium missing mode module name names needed "
-    L"neither nimh no none not of on one only open or path read registered run runs say second send set "
-    L"share shared shorter shows start text than that the them there this to tried true type under "
-    L"unknown used want what which wired with without works yes ";
+    L"does empty end ends error fails false file finds first for form found free full gone had has here "
+    L"id in installed is it its keeps known left loaded longer looked low made may medium missing mode "
+    L"module name names needed neither nimh no none not now of off on one only open or path read "
+    L"registered removed run runs say says second seconds send set share shared shorter shows start "
+    L"switched switches taken text than that the them there this to tried true type under unknown used "
+    L"want what which wired with without works yes ";
 
 /// One form for comparing, as long as the text: small letters, and one kind of slash.
 std::wstring comparable(std::wstring_view text) {

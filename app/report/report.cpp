@@ -41,6 +41,7 @@ int writeReport(const ReportOptions& options, const ReportWriter::Sink& sink) {
     writer.section(L"Program", [&] { reportProgram(writer); });
     writer.section(L"Windows", [&] { reportWindows(writer); });
     writer.section(L"Start with Windows", [&] { reportStart(writer); });
+    writer.section(L"Crashes", [&] { reportDumps(writer); });
     writer.section(L"CPU load", [&] { reportCpuLoad(writer); });
     writer.section(L"Memory", [&] { reportMemory(writer); });
     writer.section(L"Display adapters", [&] { reportDisplayAdapters(writer); });

@@ -10,6 +10,8 @@ void reportProgram(ReportWriter& writer);
 void reportWindows(ReportWriter& writer);
 /// The Run entry, Task Manager's switch for it, and the installation entry.
 void reportStart(ReportWriter& writer);
+/// What Windows left of crashes of Kelvaro. The dumps are listed and not opened.
+void reportDumps(ReportWriter& writer);
 void reportCpuLoad(ReportWriter& writer);
 void reportMemory(ReportWriter& writer);
 /// Counts only: an account's name is an address.

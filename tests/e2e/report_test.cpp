@@ -131,13 +131,14 @@ Printed runReport(const std::wstring& program, const std::wstring& arguments = {
 }
 
 /// The text with what is the machine's own replaced by stars: the rights, Windows' version, the display
-/// adapters, the amount of memory and of processors, the load, the clock, the folder for temporary files, and
+/// adapters, the amount of memory and of processors, the load, the clock, the user's own folders, and
 /// the number in the name of the test's folder.
 std::string normalised(std::string text) {
     const std::pair<const char*, const char*> changes[] = {
         {"\r\n", "\n"},
         {"(\n  (The report runs elevated|Windows|Wine|ANSI code page|Processors|In use|Time) +)[^\n]*",
          "$1*"},
+        {"(\nCrashes\n[^\n]*\n  Folder +)[^\n]*", "$1*"},
         {"(\nDisplay adapters\n)(  [^\n]*\n)+", "$1  *\n"},
         {"(\nWindows\n[^\n]*\n  Version +)[^\n]*", "$1*"},
         {"(\n  Physical memory +)\\d+ MiB, free \\d+ MiB", "$1*"},

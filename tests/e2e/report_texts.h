@@ -35,6 +35,11 @@ Start with Windows
   Installed program           %USERPROFILE%\Temp\kelvaro-test-*\Kelvaro.exe
   It is Kelvaro.exe here      yes
 
+Crashes
+  Dumps are kept              no: the installer switches that on
+  Folder                      *
+  Dumps of Kelvaro            0
+
 CPU load
   Processors                  *
   GetSystemTimes              works
@@ -213,6 +218,11 @@ Start with Windows
   Delay                       0 s
   InstallDir                  not there
   Installed program           not found: the start with Windows cannot be set
+
+Crashes
+  Dumps are kept              no: the installer switches that on
+  Folder                      *
+  Dumps of Kelvaro            0
 
 CPU load
   Processors                  *
