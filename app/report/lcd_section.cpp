@@ -61,6 +61,20 @@ void reportExports(ReportWriter& writer, HMODULE library) {
     }
 }
 
+/// The keyboard's software finds it only some time after the library's start: an answer of "no" counts after
+/// three seconds.
+bool waitUntilConnected(LcdSdk::LogiLcdIsConnected* isConnected) {
+    constexpr int kQuestions = 30;
+    constexpr DWORD kPauseMs = 100;
+    for (int i = 0; i < kQuestions; ++i) {
+        if (isConnected(LcdSdk::kTypeColor)) {
+            return true;
+        }
+        Sleep(kPauseMs);
+    }
+    return isConnected(LcdSdk::kTypeColor);
+}
+
 void startLcd(ReportWriter& writer, HMODULE library) {
     // Ends the library when it goes, if it could be started.
     Panelix::LcdDevice lcd;
@@ -69,7 +83,7 @@ void startLcd(ReportWriter& writer, HMODULE library) {
     auto* const isConnected =
         Panelix::exportedFunction<LcdSdk::LogiLcdIsConnected>(library, "LogiLcdIsConnected");
     if (started && isConnected != nullptr) {
-        writer.value(L"Colour LCD connected", yesNo(isConnected(LcdSdk::kTypeColor)));
+        writer.value(L"Colour LCD connected", yesNo(waitUntilConnected(isConnected)));
     }
 }
 
@@ -91,9 +105,12 @@ void reportLcd(ReportWriter& writer, bool start) {
     }
     writer.value(L"Loaded", modulePath(library));
     reportExports(writer, library);
-    if (start) {
-        startLcd(writer, library);
-    } else {
+    if (!start) {
         writer.value(L"Start of the library", L"not tried: only with --lcd");
+    } else if (isKelvaroRunning()) {
+        writer.value(L"Start of the library",
+                     L"not tried: Kelvaro runs and has taken the keyboard; end it first");
+    } else {
+        startLcd(writer, library);
     }
 }

@@ -11,7 +11,6 @@
 #include "app/report/sections.h"
 #include "app/report/system_facts.h"
 #include "app/settings.h"
-#include "app/start.h"
 #include "app/version.h"
 #include "framework/core/exported_function.h"
 #include "framework/core/unique_resource.h"
@@ -37,12 +36,6 @@ constexpr std::size_t kEntryBytes = 260;
 
 std::wstring besideReport() {
     return programFolder() + kProgramFile;
-}
-
-// The mutex is only opened: one that was made here would keep Kelvaro from starting.
-std::wstring runningText() {
-    const UniqueHandle instance(OpenMutexW(SYNCHRONIZE, FALSE, kInstanceMutex));
-    return instance || GetLastError() != ERROR_FILE_NOT_FOUND ? L"yes" : L"no";
 }
 
 /// A value of the key that Windows describes itself in; empty when there is none of that type.
@@ -207,7 +200,7 @@ void reportProgram(ReportWriter& writer) {
     writer.value(L"The report runs elevated", elevationText());
     const std::wstring program = besideReport();
     writer.value(L"Kelvaro.exe beside it", fileExists(program) ? versionText(program) : L"not there");
-    writer.value(L"Kelvaro runs now", runningText());
+    writer.value(L"Kelvaro runs now", yesNo(isKelvaroRunning()));
 }
 
 void reportWindows(ReportWriter& writer) {

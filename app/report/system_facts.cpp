@@ -9,6 +9,7 @@
 #include <iterator>
 #include <vector>
 
+#include "app/start.h"
 #include "framework/core/unique_resource.h"
 
 namespace {
@@ -191,6 +192,12 @@ bool isSameFile(const std::wstring& first, const std::wstring& second) {
 std::wstring versionText(const std::wstring& path) {
     const std::wstring version = fileVersion(path);
     return version.empty() ? L"no version record" : L"version " + version;
+}
+
+// The mutex is only opened: one that was made here would keep Kelvaro from starting.
+bool isKelvaroRunning() {
+    const Panelix::UniqueHandle instance(OpenMutexW(SYNCHRONIZE, FALSE, kInstanceMutex));
+    return instance || GetLastError() != ERROR_FILE_NOT_FOUND;
 }
 
 const wchar_t* yesNo(bool yes) {

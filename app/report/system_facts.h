@@ -42,5 +42,8 @@ bool isSameFile(const std::wstring& first, const std::wstring& second);
 /// "version 1.2.3.4" or "no version record".
 std::wstring versionText(const std::wstring& path);
 
+/// Whether a Kelvaro runs in this logon session.
+bool isKelvaroRunning();
+
 /// "yes" or "no".
 const wchar_t* yesNo(bool yes);

@@ -278,14 +278,28 @@ TEST_F(ReportOfCoreTemp, NamesTheMemberThatTheLibraryLacks) {
 
 // LCD
 
+DWORD mutexError = ERROR_SUCCESS;
+DWORD mutexAccess = 0;
+
+/// Kelvaro runs unless the error is that there is no such mutex.
+HANDLE WINAPI refuseMutex(DWORD access, BOOL, LPCWSTR name) {
+    EXPECT_STREQ(name, L"KELVARO_G19");
+    mutexAccess = access;
+    SetLastError(mutexError);
+    return nullptr;
+}
+
 class ReportOfTheLcd : public ReportSection {
 protected:
+    ReportOfTheLcd() { mutexError = ERROR_FILE_NOT_FOUND; }
+
     void write(bool start) {
         ReportSection::write([&](ReportWriter& each) { reportLcd(each, start); });
     }
 
     RegistryOverride registry;
     Standins::VirtualG19 keyboard;
+    ImportOverride mutex{"kernel32.dll", "OpenMutexW", refuseMutex};
 };
 
 TEST_F(ReportOfTheLcd, NeverStartsTheLibraryUnasked) {
@@ -308,9 +322,42 @@ TEST_F(ReportOfTheLcd, StartsAndEndsTheLibraryOnceWhenAsked) {
         calls.push_back(entry.call);
     }
     EXPECT_THAT(calls, ElementsAre(LcdCall::Init, LcdCall::IsConnected, LcdCall::Shutdown));
-    keyboard.setConnected(false);
+}
+
+int pauses = 0;
+/// After so many pauses the keyboard is there.
+int pausesUntilConnected = 0;
+Standins::VirtualG19* keyboardThatComes = nullptr;
+
+void WINAPI countPause(DWORD milliseconds) {
+    EXPECT_EQ(milliseconds, DWORD{100});
+    if (++pauses == pausesUntilConnected) {
+        keyboardThatComes->setConnected(true);
+    }
+}
+
+TEST_F(ReportOfTheLcd, WaitsThreeSecondsForAKeyboardThatIsSlowToCome) {
+    registerLcdLibrary(vendorLibraryPath(VendorLibrary::LcdSdk));
+    const ImportOverride pause("kernel32.dll", "Sleep", countPause);
+    keyboardThatComes = &keyboard;
+    for (const int number : {1, 30, 31}) {
+        keyboard.setConnected(false);
+        pauses = 0;
+        pausesUntilConnected = number;
+        write(true);
+        EXPECT_EQ(pauses, std::min(number, 30));
+        EXPECT_THAT(text, HasSubstr(line(L"Colour LCD connected", number <= 30 ? L"yes" : L"no")));
+    }
+}
+
+TEST_F(ReportOfTheLcd, LeavesTheKeyboardToAKelvaroThatRuns) {
+    registerLcdLibrary(vendorLibraryPath(VendorLibrary::LcdSdk));
+    mutexError = ERROR_ACCESS_DENIED;
     write(true);
-    EXPECT_THAT(text, HasSubstr(line(L"Colour LCD connected", L"no")));
+    EXPECT_THAT(text,
+                HasSubstr(line(L"Start of the library",
+                               L"not tried: Kelvaro runs and has taken the keyboard; end it first")));
+    EXPECT_THAT(keyboard.calls(), IsEmpty());
 }
 
 TEST_F(ReportOfTheLcd, DoesNotEndALibraryThatRefusedToStart) {
@@ -674,16 +721,6 @@ TEST_F(ReportSection, AProgramsPathIsToldToItsEnd) {
         EXPECT_THAT(text,
                     HasSubstr(lineStart(L"Report", programsPath.substr(0, ReportWriter::kLongestValue))));
     }
-}
-
-DWORD mutexError = ERROR_SUCCESS;
-DWORD mutexAccess = 0;
-
-HANDLE WINAPI refuseMutex(DWORD access, BOOL, LPCWSTR name) {
-    EXPECT_STREQ(name, L"KELVARO_G19");
-    mutexAccess = access;
-    SetLastError(mutexError);
-    return nullptr;
 }
 
 TEST_F(ReportSection, AProgramWhoseMutexIsDeniedRuns) {
