@@ -1024,10 +1024,10 @@ Section
     ; the program's folder from being removed.
     StrCpy $OUTDIR "%USERPROFILE%"
     CreateShortcut "${START_MENU}\Kelvaro.lnk" "$INSTDIR\Kelvaro.exe" "" "" "" "" "" "System monitor on the keyboard's LCD"
-    ; The window stays, so that the text can be read and copied.
+    ; The text is saved in Documents and opened.
     !if /FileExists "${FILES}/KelvaroReport.exe"
-        CreateShortcut "${START_MENU}\Kelvaro report.lnk" "$SYSDIR\cmd.exe" '/d /k ""$INSTDIR\KelvaroReport.exe""' \
-            "$INSTDIR\KelvaroReport.exe" 0 "" "" "What Kelvaro finds on this computer"
+        CreateShortcut "${START_MENU}\Kelvaro report.lnk" "$INSTDIR\KelvaroReport.exe" "--save" "" "" "" "" \
+            "What Kelvaro finds on this computer"
     !endif
     WriteRegStr HKLM "${UNINSTALL_KEY}" "DisplayName" "Kelvaro"
     WriteRegStr HKLM "${UNINSTALL_KEY}" "Publisher" "The Kelvaro developers"

@@ -60,9 +60,9 @@ bool writeToFile(HANDLE file, std::string_view bytes) {
 
 }  // namespace
 
-TextOutput::TextOutput(DWORD standardHandle)
-    : handle_(GetStdHandle(standardHandle)),
-      isConsole_(isConsoleHandle(handle_)) {}
+TextOutput::TextOutput(DWORD standardHandle) : TextOutput(GetStdHandle(standardHandle)) {}
+
+TextOutput::TextOutput(HANDLE file) : handle_(file), isConsole_(isConsoleHandle(file)) {}
 
 bool TextOutput::write(std::wstring_view text) const {
     const std::wstring lines = withWindowsLineEnds(text);

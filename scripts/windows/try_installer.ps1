@@ -111,7 +111,7 @@ function Assert-Installed([string[]]$Lines, [string]$Folder) {
     if ((Get-Target 'Kelvaro') -ne "$Folder\Kelvaro.exe") {
         throw "The shortcut in the Start menu starts '$(Get-Target 'Kelvaro')'."
     }
-    if ((Get-Target 'Kelvaro report') -notlike '*\cmd.exe') {
+    if ((Get-Target 'Kelvaro report') -ne "$Folder\KelvaroReport.exe") {
         throw "The report's shortcut in the Start menu starts '$(Get-Target 'Kelvaro report')'."
     }
     # The files are those of the portable archive, and the uninstaller.

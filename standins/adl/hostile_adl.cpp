@@ -2,8 +2,9 @@
 
 #include <cwchar>
 
-// A driver that ends the process, itself or in a library of the path in KELVARO_HOSTILE_LIBRARY, or takes its
-// time and then refuses, as the environment variable KELVARO_HOSTILE says.
+// A driver that ends the process, itself or in a library of the path in KELVARO_HOSTILE_LIBRARY, takes its
+// time and then refuses, or does not return until the environment variable KELVARO_HOSTILE, which says
+// what it does and then is "hangs", changes.
 
 namespace {
 
@@ -37,6 +38,12 @@ extern "C" int createHostile() noexcept {
     }
     if (isAsked(L"slow")) {
         Sleep(1000);
+    }
+    if (isAsked(L"hang")) {
+        SetEnvironmentVariableW(L"KELVARO_HOSTILE", L"hangs");
+        while (isAsked(L"hangs")) {
+            Sleep(1);
+        }
     }
     return -1;
 }

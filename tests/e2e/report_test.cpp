@@ -376,7 +376,7 @@ TEST_F(ReportWithNothing, RefusesAnUnknownOptionAndPrintsItsHelp) {
     const RunningReport refused(program(), L"--lcd --foo");
     const Printed help = runReport(program(), L"--help");
     EXPECT_EQ(help.code, DWORD{0});
-    EXPECT_THAT(help.output, StartsWith("Usage: KelvaroReport [--lcd]\r\n"));
+    EXPECT_THAT(help.output, StartsWith("Usage: KelvaroReport [--lcd] [--output FILE | --save]\r\n"));
     EXPECT_THAT(help.output, Not(HasSubstr("NVIDIA")));
     EXPECT_EQ(help.error, "");
     const Printed printed = refused.printed();

@@ -288,8 +288,8 @@ TEST_F(Installer, LeavesExactlyTheseFilesEntriesAndShortcuts) {
         const std::wstring link = std::wstring(kStartMenu) + L"\\Kelvaro report.lnk";
         files.insert(link);
         const Shortcut report = shortcut(link);
-        EXPECT_EQ(report.target, L"C:\\windows\\system32\\cmd.exe");
-        EXPECT_EQ(report.arguments, L"/d /k \"\"" + std::wstring(kUsualFolder) + L"\\KelvaroReport.exe\"\"");
+        EXPECT_EQ(report.target, std::wstring(kUsualFolder) + L"\\KelvaroReport.exe");
+        EXPECT_EQ(report.arguments, L"--save");
     }
     EXPECT_EQ(differences(files, filesOnDrive()), L"");
 

@@ -17,6 +17,7 @@
 
 namespace {
 
+using testing::HasSubstr;
 using testing::StartsWith;
 
 /// How many programs the system says to be on the console: Wine does not count them.
@@ -148,7 +149,7 @@ TEST_F(ReportOnAConsole, WaitsForEnterOnlyWhenTheWindowIsItsOwn) {
         EXPECT_TRUE(Standins::waitUntil([&] { return help.ended(); }, std::chrono::seconds(10)));
         press(VK_RETURN, L'\r');
     }
-    EXPECT_THAT(shown(), StartsWith(L"Usage: KelvaroReport [--lcd]\n"));
+    EXPECT_THAT(shown(), StartsWith(L"Usage: KelvaroReport [--lcd] [--output FILE | --save]\n"));
     EXPECT_FALSE(asksForEnter());
 
     FlushConsoleInputBuffer(input.get());
@@ -160,6 +161,40 @@ TEST_F(ReportOnAConsole, WaitsForEnterOnlyWhenTheWindowIsItsOwn) {
     EXPECT_FALSE(help.ended());
     press(VK_RETURN, L'\r');
     EXPECT_TRUE(Standins::waitUntil([&] { return help.ended(); }, std::chrono::seconds(10)));
+}
+
+DWORD endedWith = 0;
+
+BOOL WINAPI noteEnd(HANDLE process, UINT code) {
+    EXPECT_EQ(process, GetCurrentProcess());
+    endedWith = code;
+    return TRUE;
+}
+
+TEST_F(ReportOnAConsole, WaitsForEnterAfterADriversFaultAsWell) {
+    endedWith = 0;
+    const ImportOverride ending("kernel32.dll", "TerminateProcess", noteEnd);
+    programsOnConsole = 2;
+    const wchar_t* const arguments[] = {L"KelvaroReport", L"--help"};
+    EXPECT_EQ(runReportProgram(2, arguments), 0);
+    programsOnConsole = 1;
+    // The one that the program has set.
+    const LPTOP_LEVEL_EXCEPTION_FILTER afterFault = SetUnhandledExceptionFilter(nullptr);
+    ASSERT_NE(afterFault, nullptr);
+    std::atomic<bool> ended = false;
+    std::thread faulty([&] {
+        EXCEPTION_RECORD record{};
+        record.ExceptionCode = EXCEPTION_ACCESS_VIOLATION;
+        EXCEPTION_POINTERS fault{&record, nullptr};
+        afterFault(&fault);
+        ended = true;
+    });
+    EXPECT_TRUE(Standins::waitUntil([&] { return asksForEnter(); }, std::chrono::seconds(10)));
+    EXPECT_THAT(shown(), HasSubstr(L"in the section above: exception 0xC0000005 in unknown code\n"));
+    EXPECT_FALSE(ended);
+    press(VK_RETURN, L'\r');
+    faulty.join();
+    EXPECT_EQ(endedWith, DWORD{1});
 }
 
 }  // namespace
