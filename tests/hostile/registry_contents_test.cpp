@@ -334,9 +334,10 @@ std::optional<std::wstring> expectedLibrary(const Contents& contents) {
     if (length == std::wstring_view::npos) {
         return std::nullopt;
     }
-    const std::wstring text(field.substr(0, length));
-    const bool drive = text.size() > 2 && text[1] == L':' && (text[2] == L'\\' || text[2] == L'/');
-    if (!drive && text.substr(0, 2) != L"\\\\" && text.find_first_of(L"\\/:") != std::wstring::npos) {
+    std::wstring text(field.substr(0, length));
+    std::replace(text.begin(), text.end(), L'/', L'\\');
+    const bool drive = text.size() > 2 && text[1] == L':' && text[2] == L'\\';
+    if (!drive && text.substr(0, 2) != L"\\\\" && text.find_first_of(L"\\:") != std::wstring::npos) {
         return std::nullopt;
     }
     return text;
@@ -347,7 +348,9 @@ TEST_F(RegistryContents, LcdLibraryIsAFullPathOrAFileNameOrNone) {
     const ImportOverride load("kernel32.dll", "LoadLibraryExW", noteLoad);
     const std::vector<std::wstring> texts = {L"C:\\Program Files\\Logitech Gaming Software\\LogitechLcd.dll",
                                              L"LogitechLcd.dll",
+                                             L"C:/Program Files/Logitech Gaming Software/LogitechLcd.dll",
                                              L"\\\\server\\share\\LogitechLcd.dll",
+                                             L"../LogitechLcd.dll",
                                              L"..\\LogitechLcd.dll",
                                              L"C:LogitechLcd.dll",
                                              L"\\LogitechLcd.dll",
