@@ -30,11 +30,21 @@ protected:
         CleanProgramEntries::setInstallFolder(folder);
     }
 
+    /// The dialog is visible before it has handled what it posts to itself to fill itself in. A message that
+    /// is posted later, and that can be seen from outside, tells when it has.
+    static void waitUntilFilledIn(HWND dialog) {
+        const HWND box = GetDlgItem(dialog, IDC_AUTOSTART);
+        PostMessageW(box, BM_SETSTATE, TRUE, 0);
+        EXPECT_TRUE(waitFor([box] { return (SendMessageW(box, BM_GETSTATE, 0, 0) & BST_PUSHED) != 0; }));
+        SendMessageW(box, BM_SETSTATE, FALSE, 0);
+    }
+
     /// Opens the dialog from the tray menu, lets `user` work on it, and closes it if he left it open.
     void openSettings(const User& user) {
         choose(kSettingsItem);
         const HWND dialog = waitForVisibleWindow(kelvaro->id(), kDialogClass, L"Settings");
         ASSERT_NE(dialog, nullptr);
+        waitUntilFilledIn(dialog);
         user(dialog);
         if (IsWindow(dialog) != FALSE) {
             pressButton(dialog, IDC_CANCEL);
