@@ -338,9 +338,9 @@ TEST_F(ReportSection, FilesAreTheSameOnlyOnOneVolumeAndWithOneIndex) {
     const std::wstring file = modulePath(nullptr);
     identities = {};
     EXPECT_TRUE(isSameFile(file, file));
-    for (DWORD BY_HANDLE_FILE_INFORMATION::*member : {&BY_HANDLE_FILE_INFORMATION::dwVolumeSerialNumber,
-                                                      &BY_HANDLE_FILE_INFORMATION::nFileIndexHigh,
-                                                      &BY_HANDLE_FILE_INFORMATION::nFileIndexLow}) {
+    for (const auto member : {&BY_HANDLE_FILE_INFORMATION::dwVolumeSerialNumber,
+                              &BY_HANDLE_FILE_INFORMATION::nFileIndexHigh,
+                              &BY_HANDLE_FILE_INFORMATION::nFileIndexLow}) {
         identities = {};
         identities[1].*member = 1;
         EXPECT_FALSE(isSameFile(file, file));
