@@ -40,8 +40,8 @@ std::wstring moduleAt(void* address) {
 /// Where the report goes.
 struct Destination {
     TextOutput text{STD_OUTPUT_HANDLE};
-    /// The file's path; empty for the standard output.
-    std::wstring path;
+    /// A file, and not the standard output.
+    bool isFile = false;
 };
 
 /// The process's own, since Windows calls a function after a fault without telling it anything of ours.
@@ -75,7 +75,7 @@ void keepOwnWindow() {
 void endEarly(const std::wstring& why) {
     const Destination& whereTo = destination();
     whereTo.text.writeLine(L"\nThe report ends here, in the section above: " + why);
-    if (!whereTo.path.empty()) {
+    if (whereTo.isFile) {
         TextOutput(STD_OUTPUT_HANDLE).writeLine(L"It ends early: " + why);
     }
     keepOwnWindow();
@@ -142,7 +142,7 @@ bool writeReportFile(const ReportOptions& options, const std::wstring& path, DWO
         return false;
     }
     TextOutput(STD_OUTPUT_HANDLE).writeLine(L"The report goes to " + path + L", which takes some seconds.");
-    destination() = {TextOutput(file.get()), path};
+    destination() = {TextOutput(file.get()), true};
     // The mark tells older programs that the file is UTF-8.
     const bool marked = destination().text.write(L"\xFEFF");
     code = writeWatchedReport(options);
