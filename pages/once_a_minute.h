@@ -1,7 +1,7 @@
 #pragma once
 
-/// What was painted is painted anew once a minute, since nothing tells a page that the system's fonts, or how
-/// it smooths them, are others now.
+/// Makes a page repaint once a minute: Windows sends no notice to it when the system's fonts or their
+/// smoothing change.
 class OnceAMinute {
 public:
     /// To be called once per pass. True in the last pass of about a minute.

@@ -40,7 +40,7 @@ warnings=(
     -Wno-covered-switch-default
     # From clang 18 on. A switch without `default` is over an enumeration, and -Wswitch names the values that it lacks.
     -Wno-switch-default
-    # From clang 16 on it wants a container in the place of every pointer and C array, and Windows takes neither.
+    # From clang 16 on: containers in place of pointers and C arrays, which Windows' functions do not take.
     -Wno-unsafe-buffer-usage
     # MinGW marks functions so that its own headers define.
     -Wno-used-but-marked-unused

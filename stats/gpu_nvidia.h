@@ -63,7 +63,7 @@ private:
     bool usable_ = false;
     /// Calls of the running pass have failed as all calls do once the driver has lost the program.
     bool lossSeen_ = false;
-    /// One had another result, so the driver still knows the program.
+    /// A call had another result, so the driver still works for this process.
     bool lifeSeen_ = false;
     RetryPause restarts_;
 };

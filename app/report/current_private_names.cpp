@@ -103,7 +103,7 @@ std::wstring lastNameOf(const std::wstring& path) {
     return name.ends_with(L':') ? std::wstring() : name;
 }
 
-/// Every form of the path, none of them the root of a drive: that is nobody's profile, and hides nothing.
+/// Every form of the path but roots of drives, which are no profiles.
 Names formsOf(const std::wstring& path) {
     Names forms;
     for (const std::wstring& form :

@@ -143,7 +143,7 @@ bool writeReportFile(const ReportOptions& options, const std::wstring& path, DWO
     }
     TextOutput(STD_OUTPUT_HANDLE).writeLine(L"The report goes to " + path + L", which takes some seconds.");
     destination() = {TextOutput(file.get()), true};
-    // The mark tells older programs that the file is UTF-8.
+    // Older programs recognise UTF-8 by this mark only.
     const bool marked = destination().text.write(L"\xFEFF");
     code = writeWatchedReport(options);
     destination() = {};

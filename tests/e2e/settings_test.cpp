@@ -31,7 +31,7 @@ protected:
     }
 
     /// The dialog is visible before it has handled what it posts to itself to fill itself in. A message that
-    /// is posted later, and that can be seen from outside, tells when it has.
+    /// is posted later, and whose effect other processes see, shows that it has.
     static void waitUntilFilledIn(HWND dialog) {
         const HWND box = GetDlgItem(dialog, IDC_AUTOSTART);
         PostMessageW(box, BM_SETSTATE, TRUE, 0);
